@@ -1,0 +1,254 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <cctype>
+#include <string>
+
+#include "IJsonSerializable.h"
+#include "zelCommonTypesExport.h"
+
+// Kind of physical audio/video interface: a number and its name, written as
+// {"type": 3, "string": "madi"}.
+//
+// Reading never fails; an unknown name keeps the previous number. A "string" or "type" of
+// a JSON type that jsoncpp cannot convert to text or int raises Json::LogicError.
+class ZELCT_API DaifType : public IJsonSerializable {
+public:
+    enum DaifType_en {
+        DAIF_TDM = 0,
+        DAIF_I2S = 1,
+        DAIF_TPI = 2,
+        DAIF_MADI = 3,
+        DAIF_AES3 = 4,
+        DAIF_SDI_VIDEO = 5,
+        DAIF_SDI_AUDIO = 6,
+        DAIF_SDI_ANCILLARY = 7,
+        DAIF_HDMI_VIDEO = 8,
+        DAIF_HDMI_AUDIO = 9,
+        DAIF_HDMI_ANCILLARY = 10,
+        DAIF_ANALOG_AUDIO = 11,
+        DAIF_AUTO = 12
+    };
+
+    DaifType() : value(DAIF_AUTO), name("auto") {}
+
+    int getValue() const { return value; }
+    const std::string& getName() const { return name; }
+    void setValue(int v) { value = v; }
+    void setName(const std::string& n) { name = n; }
+
+    // Name written for a kind number; "" for a number outside 0..12.
+    static const char* nameOf(int kind) {
+        static const char* const names[] = {"tdm",
+                                            "i2s",
+                                            "tpi",
+                                            "madi",
+                                            "aes3",
+                                            "sdi-video",
+                                            "sdi-audio",
+                                            "sdi-ancillary",
+                                            "hdmi-video",
+                                            "hdmi-audio",
+                                            "hdmi-ancillary",
+                                            "analog-audio",
+                                            "auto"};
+        return (kind >= DAIF_TDM && kind <= DAIF_AUTO) ? names[kind] : "";
+    }
+
+    // Sets the number and rebuilds the name from it; outside 0..12 the name is empty.
+    void setValueAndName(int kind) {
+        value = kind;
+        name = nameOf(kind);
+    }
+
+    // Stores the name as it came and derives the number from it, compared lower-cased.
+    // "i32s"/"tdm" and "madi"/"aes10" also replace the name by the canonical one; other
+    // known names keep the case they arrived in; an unknown name keeps the number.
+    void setNameAndResolve(const std::string& given) {
+        name = given;
+        std::string lower(given);
+        for (char& c : lower) {
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+        struct Accepted {
+            const char* text;
+            DaifType_en kind;
+            bool canonical;  // the stored name becomes the kind's own name
+        };
+        // Tried in this order, first match wins.
+        static const Accepted accepted[] = {
+            {"i32s", DAIF_TDM, true},
+            {"tdm", DAIF_TDM, true},
+            {"i2s", DAIF_I2S, false},
+            {"tpi", DAIF_TPI, false},
+            {"madi", DAIF_MADI, true},
+            {"aes10", DAIF_MADI, true},
+            {"aes3", DAIF_AES3, false},
+            {"sdi-audio", DAIF_SDI_AUDIO, false},
+            {"sdi-video", DAIF_SDI_VIDEO, false},
+            {"sdi-ancillary", DAIF_SDI_ANCILLARY, false},
+            {"hdmi-audio", DAIF_HDMI_AUDIO, false},
+            {"hdmi-video", DAIF_HDMI_VIDEO, false},
+            {"hdmi-ancillary", DAIF_HDMI_ANCILLARY, false},
+            {"analog-audio", DAIF_ANALOG_AUDIO, false},
+            {"auto", DAIF_AUTO, false},
+        };
+        for (const Accepted& a : accepted) {
+            if (lower == a.text) {
+                value = a.kind;
+                if (a.canonical) {
+                    name = nameOf(a.kind);
+                }
+                return;
+            }
+        }
+    }
+
+    void Serialize(Json::Value& root) const override {
+        root["type"] = Json::Value(value);
+        root["string"] = Json::Value(name);
+    }
+
+    // A present "string" decides by its text and "type" is not read; an absent, null or
+    // empty "string" (the access adds a null one) lets "type" decide, default 12.
+    void Deserialize(Json::Value& root) override {
+        if (root["string"].empty()) {
+            setValueAndName(root.get("type", DAIF_AUTO).asInt());
+        } else {
+            name = root.get("string", "auto").asString();
+        }
+        setNameAndResolve(name);
+    }
+
+private:
+    int value;
+    std::string name;
+};
+
+// Media carried by a channel, written as {"media-type": 0, "string": "audio"}.
+// The number and the name are kept side by side; neither is derived from the other.
+class ZELCT_API DaifMediaType : public IJsonSerializable {
+public:
+    DaifMediaType() : value(0), name("audio") {}
+
+    int getValue() const { return value; }
+    const std::string& getName() const { return name; }
+    void setValue(int v) { value = v; }
+    void setName(const std::string& n) { name = n; }
+
+    void Serialize(Json::Value& root) const override {
+        root["media-type"] = Json::Value(value);
+        root["string"] = Json::Value(name);
+    }
+
+    // A document without "media-type" reads as 3 with an empty name, not as the
+    // constructor's 0 "audio".
+    void Deserialize(Json::Value& root) override {
+        value = root.get("media-type", 3).asInt();
+        name = root.get("string", "").asString();
+    }
+
+private:
+    int value;
+    std::string name;
+};
+
+// Direction an interface supports, written as {"capability": 0, "string": "inout"}.
+class ZELCT_API DaifCapabilities : public IJsonSerializable {
+public:
+    DaifCapabilities() : value(0), name("inout") {}
+
+    int getValue() const { return value; }
+    const std::string& getName() const { return name; }
+    void setValue(int v) { value = v; }
+    void setName(const std::string& n) { name = n; }
+
+    void Serialize(Json::Value& root) const override {
+        root["capability"] = Json::Value(value);
+        root["string"] = Json::Value(name);
+    }
+
+    void Deserialize(Json::Value& root) override {
+        value = root.get("capability", 0).asInt();
+        name = root.get("string", "inout").asString();
+    }
+
+private:
+    int value;
+    std::string name;
+};
+
+// Kind of a network stream, written as its name alone: {"type": "audio"}.
+// The writer knows "test" but the reader does not: reading "test" keeps the kind.
+class ZELCT_API StreamType : public IJsonSerializable {
+public:
+    enum StreamType_en {
+        STREAM_AUDIO = 1,
+        STREAM_VIDEO = 2,
+        STREAM_ANCILLARY = 3,
+        STREAM_TEST = 4
+    };
+
+    StreamType() : value(0) {}
+
+    int getValue() const { return value; }
+    void setValue(int v) { value = v; }
+    std::string getName() const { return nameOf(value); }
+    // Applies the reading rule: "audio", "video", "ancillary" set the kind, any other text
+    // keeps it.
+    void setName(const std::string& text) {
+        if (text == "audio") {
+            value = STREAM_AUDIO;
+        } else if (text == "video") {
+            value = STREAM_VIDEO;
+        } else if (text == "ancillary") {
+            value = STREAM_ANCILLARY;
+        }
+    }
+
+    static const char* nameOf(int kind) {
+        static const char* const names[] = {"audio", "video", "ancillary", "test"};
+        return (kind >= STREAM_AUDIO && kind <= STREAM_TEST) ? names[kind - 1] : "undefined";
+    }
+
+    void Serialize(Json::Value& root) const override { root["type"] = Json::Value(nameOf(value)); }
+    void Deserialize(Json::Value& root) override { setName(root.get("type", "").asString()); }
+
+private:
+    int value;
+};
+
+// Whether something is enabled, written as its name alone: {"state": "Enabled"}.
+// Names are compared exactly: "enabled" is not a state name and reads as Disabled.
+class ZELCT_API State : public IJsonSerializable {
+public:
+    enum State_en { STATE_DISABLED = 0, STATE_ENABLED = 1, STATE_PAUSED = 2 };
+
+    State() : value(STATE_DISABLED) {}
+
+    int getValue() const { return value; }
+    void setValue(int v) { value = v; }
+    std::string getName() const { return nameOf(value); }
+    // Applies the reading rule: "Enabled" gives 1, "Paused" 2, any other text 0.
+    void setName(const std::string& text) {
+        if (text == "Enabled") {
+            value = STATE_ENABLED;
+        } else if (text == "Paused") {
+            value = STATE_PAUSED;
+        } else {
+            value = STATE_DISABLED;
+        }
+    }
+
+    static const char* nameOf(int state) {
+        static const char* const names[] = {"Disabled", "Enabled", "Paused"};
+        return (state >= STATE_DISABLED && state <= STATE_PAUSED) ? names[state] : "Undefined";
+    }
+
+    void Serialize(Json::Value& root) const override { root["state"] = Json::Value(nameOf(value)); }
+    void Deserialize(Json::Value& root) override { setName(root.get("state", "").asString()); }
+
+private:
+    int value;
+};

@@ -1,0 +1,8 @@
+#pragma once
+
+// Every public header of libzelCommonTypes.
+#include "DaifType.h"
+#include "FileMgr.h"
+#include "IJsonSerializable.h"
+#include "Logger.h"
+#include "SfpInfo.h"

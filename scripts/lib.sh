@@ -1,0 +1,36 @@
+# Helpers shared by the project's scripts. Source it; do not run it.
+
+# Installs the Debian packages of the arguments that are not installed yet. A partly failing
+# 'apt-get update' is tolerated: what is reachable still installs.
+ensure_packages() {
+    local missing=()
+    local pkg
+    for pkg in "$@"; do
+        if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
+            missing+=("$pkg")
+        fi
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo="sudo"
+    echo "== installing: ${missing[*]}"
+    if [ -z "${ZELCT_APT_UPDATED:-}" ]; then
+        $sudo apt-get update -q >/dev/null 2>&1 || true
+        export ZELCT_APT_UPDATED=1
+    fi
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}" \
+        >/tmp/zelct-apt.log 2>&1 || { tail -20 /tmp/zelct-apt.log; return 1; }
+}
+
+# The packages every build of the project needs.
+BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
+               clang-format libcli11-dev)
+
+stage() {
+    echo
+    echo "======== $* ========"
+}
+
+jobs_count() {
+    nproc 2>/dev/null || echo 2
+}
