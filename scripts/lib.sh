@@ -34,3 +34,14 @@ stage() {
 jobs_count() {
     nproc 2>/dev/null || echo 2
 }
+
+# The board's architecture: Debian's cross compiler, qemu-arm and the armhf libraries.
+ensure_armhf() {
+    if ! dpkg --print-foreign-architectures | grep -qx armhf; then
+        local sudo=""
+        [ "$(id -u)" -ne 0 ] && sudo="sudo"
+        $sudo dpkg --add-architecture armhf
+        unset ZELCT_APT_UPDATED
+    fi
+    ensure_packages g++-arm-linux-gnueabihf qemu-user libjsoncpp-dev:armhf libgtest-dev:armhf
+}

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Builds and runs the two consumer projects against an installed tree only:
+# one with find_package(zelCommonTypes 1), one with pkg-config.
+#   scripts/consumers.sh ROOT [armhf]
+# ROOT is the folder that holds usr/ (a staging install or a dpkg --root).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$(realpath "$1")
+target=${2:-native}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+if [ "$target" = armhf ]; then
+    arch=arm-linux-gnueabihf
+    cxx=arm-linux-gnueabihf-g++
+    run=(qemu-arm)
+    cmake_extra=(-DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/toolchains/arm-linux-gnueabihf.cmake")
+else
+    arch=$(gcc -print-multiarch)
+    cxx=g++
+    run=()
+    cmake_extra=()
+fi
+libdir="$root/usr/lib/$arch"
+export LD_LIBRARY_PATH="$libdir${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}"
+
+echo "-- consumer with find_package ($target)"
+cmake -S tests/consumer/find-package -B "$work/find-package" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_BUILD_TYPE=Release "${cmake_extra[@]}" >/dev/null
+cmake --build "$work/find-package" >/dev/null
+"${run[@]}" "$work/find-package/consumer" "$work/find-package.json" >/dev/null
+echo "   ok"
+
+echo "-- consumer with pkg-config ($target)"
+flags=$(PKG_CONFIG_LIBDIR="$libdir/pkgconfig:/usr/lib/$arch/pkgconfig:/usr/share/pkgconfig" \
+        pkg-config --cflags --libs zelCommonTypes)
+# shellcheck disable=SC2086
+$cxx -std=c++17 -o "$work/pkg-config-consumer" tests/consumer/main.cpp $flags
+"${run[@]}" "$work/pkg-config-consumer" "$work/pkg-config.json" >/dev/null
+echo "   ok"
