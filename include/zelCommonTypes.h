@@ -8,3 +8,6 @@
 #include "SfpInfo.h"
 #include "Alarm.h"
 #include "AlarmManager.h"
+#include "VideoFormat.h"
+#include "PacketTimeOptions.h"
+#include "MoveAverage.h"
