@@ -86,6 +86,14 @@ bool writeWholeFile(const std::string& path, const std::string& text) {
     return std::fclose(file) == 0 && written;
 }
 
+void floorFileRoundTrip(const std::string& in, const std::string& out) {
+    std::string text;
+    readWholeFile(in, text);
+    Json::Value root;
+    parseText(text, root);
+    writeWholeFile(out, root.toStyledString());
+}
+
 void silenceLogger() {
     Logger::setSink([](Logger::logDebugLevel_t, const std::string&) {});
 }
