@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
+#include <memory>
 
 #include "Logger.h"
 
@@ -50,10 +50,13 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
         return result;
     }
 
+    // The reader parses the loaded text where it lies. Json::parseFromStream would copy it
+    // into a stream and out again before handing it to the same reader, with the same result
+    // and the same error text.
     Json::CharReaderBuilder builder;
-    std::istringstream stream(text);
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     std::string errors;
-    if (!Json::parseFromStream(builder, stream, &root, &errors)) {
+    if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors)) {
         Logger::log(Logger::logError, "ERR::Error parsing Json '%s'", text.c_str());
         Logger::log(Logger::logError, "ERR::Error: '%s'", errors.c_str());
         return kErrParse;
