@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "../common/JsonMember.h"
+
 namespace {
 
 struct SeverityRow {
@@ -116,12 +118,12 @@ const char* AlarmSeverity::nameOf(int value) {
 }
 
 void AlarmSeverity::Serialize(Json::Value& root) const {
-    root["severity"] = Json::Value(getSeverityStr());
+    root["severity"] = Json::Value(nameOf(severity));
 }
 
 // "ok" and every unknown text fall through to ok.
 void AlarmSeverity::Deserialize(Json::Value& root) {
-    const std::string text = root.get("severity", "").asString();
+    const std::string text = zelct::stringMember(root, "severity", "");
     severity = SEVERITY_OK;
     for (const SeverityRow& row : kSeverities) {
         if (text == row.text) {
@@ -190,6 +192,6 @@ void Alarm::Serialize(Json::Value& root) const {
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
-    description = root.get("description", "").asString();
+    description = zelct::stringMember(root, "description", "");
     type = static_cast<AlarmType>(root.get("type", 0).asInt());
 }

@@ -1,5 +1,7 @@
 #include "AlarmManager.h"
 
+#include <utility>
+
 #include "Logger.h"
 
 namespace {
@@ -75,18 +77,22 @@ void AlarmManager::Serialize(Json::Value& root) const {
     if (alarms.empty()) {
         return;
     }
+    Json::Value& list = root["alarms"];
     Json::ArrayIndex i = 0;
     for (const auto& entry : alarms) {
-        entry.second.Serialize(root["alarms"][i]);
+        entry.second.Serialize(list[i]);
         ++i;
     }
 }
 
 // The first element of a kind wins, over later elements and over an entry already held.
+// Reading an element never touches the array, so the member found once stays the one read.
 void AlarmManager::Deserialize(Json::Value& root) {
-    for (Json::ArrayIndex i = 0; i < root["alarms"].size(); ++i) {
+    Json::Value& list = root["alarms"];
+    for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
         Alarm alarm;
-        alarm.Deserialize(root["alarms"][i]);
-        alarms.emplace(alarm.getType(), alarm);
+        alarm.Deserialize(list[i]);
+        const Alarm::AlarmType type = alarm.getType();
+        alarms.try_emplace(type, std::move(alarm));
     }
 }
