@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 
@@ -121,6 +122,10 @@ struct ValidAddress {
     std::uint32_t hostOrder;
 };
 
+void PrintTo(const ValidAddress& address, std::ostream* os) {
+    *os << address.text;
+}
+
 class EthValidAddress : public testing::TestWithParam<ValidAddress> {};
 
 TEST_P(EthValidAddress, ParsesIntoBothFieldsAndWritesTheSameText) {
@@ -152,6 +157,10 @@ struct BadAddress {
     Json::Value given;
     const char* loggedText;
 };
+
+void PrintTo(const BadAddress& address, std::ostream* os) {
+    *os << address.name;
+}
 
 class EthBadAddress : public testing::TestWithParam<BadAddress> {};
 
