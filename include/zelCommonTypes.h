@@ -11,3 +11,7 @@
 #include "VideoFormat.h"
 #include "PacketTimeOptions.h"
 #include "MoveAverage.h"
+#include "EthBasicInfo.h"
+#include "TarvikInfo.h"
+#include "DeviceCapabilities.h"
+#include "SystemBasicInfo.h"
