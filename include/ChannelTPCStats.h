@@ -27,6 +27,9 @@
 // values. Nothing else is thrown.
 class ZELCT_API ChannelTPCStats : public IJsonSerializable {
 public:
+    // Redeclared (still pure) beside the non-const one, so the name is overloaded rather than
+    // hidden; compilers that warn about hidden virtuals stay quiet and calls resolve alike.
+    void Serialize(Json::Value& root) const override = 0;
     void Serialize(Json::Value& root);
     void Deserialize(Json::Value& root) override;
 
