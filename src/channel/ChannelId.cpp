@@ -1,5 +1,7 @@
 #include "ChannelId.h"
 
+#include "../common/JsonMember.h"
+
 namespace {
 
 // Position read when the document gives none; the channel list replaces it.
@@ -39,6 +41,6 @@ void ChannelId::Deserialize(Json::Value& root) {
         return;
     }
     id = root.get("id", -1).asInt();
-    type.setNameAndResolve(root.get("type", "auto").asString());
+    type.setNameAndResolve(zelct::stringMember(root, "type", "auto"));
     position = static_cast<unsigned char>(root.get("position", kNoPosition).asUInt());
 }

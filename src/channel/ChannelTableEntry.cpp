@@ -1,5 +1,7 @@
 #include "ChannelTableEntry.h"
 
+#include "../common/JsonMember.h"
+
 ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
@@ -16,8 +18,8 @@ void ChannelTableEntry::Serialize(Json::Value& root) const {
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
     id = root.get("id", -1).asInt();
-    nameInput = root.get("name-input", "").asString();
-    nameOutput = root.get("name-output", "").asString();
+    nameInput = zelct::stringMember(root, "name-input", "");
+    nameOutput = zelct::stringMember(root, "name-output", "");
     blocked = root.get("blocked", false).asBool();
     input.Deserialize(root["input"]);
     output.Deserialize(root["output"]);

@@ -1,5 +1,7 @@
 #include "ChannelTables.h"
 
+#include <utility>
+
 void ChannelTable::Serialize(Json::Value& root) const {
     type.Serialize(root);
     // A table without rows writes no "channels" member; readers take its absence as no rows.
@@ -19,7 +21,7 @@ void ChannelTable::Deserialize(Json::Value& root) {
     for (Json::ArrayIndex i = 0; i < channels.size(); ++i) {
         ChannelTableEntry entry;
         entry.Deserialize(channels[i]);
-        entries.push_back(entry);
+        entries.push_back(std::move(entry));
     }
 }
 
@@ -34,6 +36,6 @@ void ChannelTables::Deserialize(Json::Value& root) {
     for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
         ChannelTable table;
         table.Deserialize(root[i]);
-        tables.push_back(table);
+        tables.push_back(std::move(table));
     }
 }

@@ -1,5 +1,7 @@
 #include "SfpInfo.h"
 
+#include "JsonMember.h"
+
 SfpInfo::SfpInfo()
     : present(false),
       wavelength(-1),
@@ -24,11 +26,11 @@ void SfpInfo::Serialize(Json::Value& root) const {
 
 void SfpInfo::Deserialize(Json::Value& root) {
     present = root.get("present", false).asBool();
-    vendorName = root.get("vendor-name", "").asString();
-    partNumber = root.get("part-number", "").asString();
-    serialNumber = root.get("serial-number", "").asString();
-    revision = root.get("revision", "").asString();
-    connector = root.get("connector", "").asString();
+    vendorName = zelct::stringMember(root, "vendor-name", "");
+    partNumber = zelct::stringMember(root, "part-number", "");
+    serialNumber = zelct::stringMember(root, "serial-number", "");
+    revision = zelct::stringMember(root, "revision", "");
+    connector = zelct::stringMember(root, "connector", "");
     wavelength = root.get("wavelength", -1).asInt();
     temperature = root.get("temperature", -1.0).asDouble();
     supplyVoltage = root.get("supply-voltage", -1.0).asDouble();

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
+#include "../common/JsonMember.h"
 #include "Logger.h"
 
 namespace {
@@ -21,7 +22,7 @@ std::string dottedText(std::uint32_t hostOrder) {
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
 void readAddress(const Json::Value& root, const char* key, std::uint32_t& field) {
-    const std::string text = root.get(key, "").asString();
+    const std::string text = zelct::stringMember(root, key, "");
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
         Logger::log(Logger::logError, "ERR::Error parsing IP '%s': invalid IP address",
@@ -63,8 +64,8 @@ void EthBasicInfo::Serialize(Json::Value& root) const {
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
-    ethName = root.get("eth-name", "").asString();
-    mac = root.get("mac", "").asString();
+    ethName = zelct::stringMember(root, "eth-name", "");
+    mac = zelct::stringMember(root, "mac", "");
     linkup = root.get("linkup", false).asBool();
     ifid = root.get("ifid", 0).asUInt();
     readAddress(root, "ipv4", ipv4);

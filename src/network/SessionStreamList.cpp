@@ -1,5 +1,9 @@
 #include "SessionStreamList.h"
 
+#include <utility>
+
+#include "../common/JsonMember.h"
+
 SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0), remoteSid(0) {}
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
@@ -21,12 +25,12 @@ void SessionStreamBasics::Deserialize(Json::Value& root) {
     stream = root.get("stream", zero).asUInt64();
     streamHwId = static_cast<uint32_t>(root.get("stream-hw-id", zero).asUInt64());
     session = root.get("session", zero).asUInt64();
-    name = root.get("name", "").asString();
-    streamName = root.get("stream-name", "").asString();
+    name = zelct::stringMember(root, "name", "");
+    streamName = zelct::stringMember(root, "stream-name", "");
     remoteSid = root.get("remote-sid", zero).asUInt64();
-    redundantType = root.get("redundant-type", "none").asString();
-    type.setName(root.get("type", "").asString());
-    state.setName(root.get("state", "").asString());
+    redundantType = zelct::stringMember(root, "redundant-type", "none");
+    type.setName(zelct::stringMember(root, "type", ""));
+    state.setName(zelct::stringMember(root, "state", ""));
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {
@@ -40,6 +44,6 @@ void SessionStreamList::Deserialize(Json::Value& root) {
     for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
         SessionStreamBasics record;
         record.Deserialize(root[i]);
-        streams.push_back(record);
+        streams.push_back(std::move(record));
     }
 }

@@ -1,5 +1,7 @@
 #include "DeviceCapabilities.h"
 
+#include "../common/JsonMember.h"
+
 namespace {
 
 // The stream counts of one direction, in the order they are written.
@@ -70,6 +72,6 @@ void ProcessBasicInfo::Serialize(Json::Value& root) const {
 }
 
 void ProcessBasicInfo::Deserialize(Json::Value& root) {
-    ethPort = root.get("eth-port", "").asString();
+    ethPort = zelct::stringMember(root, "eth-port", "");
     tpcPort = root.get("tpc-port", 0).asUInt();
 }

@@ -1,5 +1,9 @@
 #include "SystemBasicInfo.h"
 
+#include <utility>
+
+#include "../common/JsonMember.h"
+
 namespace {
 
 // Only this board carries a main-board record in its document; compared exactly.
@@ -23,7 +27,7 @@ void writeList(Json::Value& root, const char* key, const std::list<Record>& list
     for (const Record& record : list) {
         array.append(objectOf(record));
     }
-    root[key] = array;
+    root[key] = std::move(array);
 }
 
 // The document replaces the list; it does not add to it.
@@ -33,7 +37,7 @@ void readList(Json::Value& array, std::list<Record>& list) {
     for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
         Record record;
         record.Deserialize(array[i]);
-        list.push_back(record);
+        list.push_back(std::move(record));
     }
 }
 
@@ -67,15 +71,15 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // "NA", and "product-info" is read whatever the product, so a board other than "TARVIK"
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
-    fwVersion = root.get("fw-version", "").asString();
-    fwDate = root.get("fw-date", "").asString();
-    product = root.get("product", "").asString();
-    bitstream = root.get("bitstream", "").asString();
+    fwVersion = zelct::stringMember(root, "fw-version", "");
+    fwDate = zelct::stringMember(root, "fw-date", "");
+    product = zelct::stringMember(root, "product", "");
+    bitstream = zelct::stringMember(root, "bitstream", "");
     rtsp.Deserialize(root["rtsp"]);
     advertisement.Deserialize(root["advertisement"]);
-    chipidName = root.get("chipid-name", "").asString();
-    chipidVersion = root.get("chipid-version", "").asString();
-    serialNumber = root.get("serial-number", "NA").asString();
+    chipidName = zelct::stringMember(root, "chipid-name", "");
+    chipidVersion = zelct::stringMember(root, "chipid-version", "");
+    serialNumber = zelct::stringMember(root, "serial-number", "NA");
     madiLock = root.get("madi-lock", false).asBool();
     readList(root["eth"], eth);
     temperature.Deserialize(root["temperature"]);

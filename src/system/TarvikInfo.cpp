@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "../common/JsonMember.h"
+
 namespace {
 
 // Every reading that is not known is -1.
@@ -151,5 +153,5 @@ void SystemError::Serialize(Json::Value& root) const {
 
 void SystemError::Deserialize(Json::Value& root) {
     code = root.get("code", kUnknown).asInt();
-    description = root.get("description", "").asString();
+    description = zelct::stringMember(root, "description", "");
 }
