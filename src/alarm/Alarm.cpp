@@ -185,13 +185,15 @@ const char* Alarm::typeName(AlarmType value) {
 }
 
 void Alarm::Serialize(Json::Value& root) const {
+    static const zelct::ObjectShape shape{"severity", "description", "type"};
+    zelct::ShapedObject out(root, shape);
     severity.Serialize(root);
-    root["description"] = Json::Value(description);
-    root["type"] = Json::Value(static_cast<int>(type));
+    out["description"] = Json::Value(description);
+    out["type"] = Json::Value(static_cast<int>(type));
 }
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
     description = zelct::stringMember(root, "description", "");
-    type = static_cast<AlarmType>(root.get("type", 0).asInt());
+    type = static_cast<AlarmType>(zelct::intMember(root, "type", 0));
 }

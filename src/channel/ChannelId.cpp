@@ -28,9 +28,11 @@ ChannelId::ChannelId(Json::Value& root) : id(0), position(0) {
 }
 
 void ChannelId::Serialize(Json::Value& root) const {
-    root["id"] = Json::Value(id);
-    root["type"] = Json::Value(type.getName());
-    root["position"] = Json::Value(static_cast<int>(position));
+    static const zelct::ObjectShape shape{"id", "type", "position"};
+    zelct::ShapedObject out(root, shape);
+    out["id"] = Json::Value(id);
+    out["type"] = Json::Value(type.getName());
+    out["position"] = Json::Value(static_cast<int>(position));
 }
 
 void ChannelId::Deserialize(Json::Value& root) {
@@ -40,7 +42,7 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    id = root.get("id", -1).asInt();
+    id = zelct::intMember(root, "id", -1);
     type.setNameAndResolve(zelct::stringMember(root, "type", "auto"));
-    position = static_cast<unsigned char>(root.get("position", kNoPosition).asUInt());
+    position = static_cast<unsigned char>(zelct::uintMember(root, "position", kNoPosition));
 }

@@ -4,23 +4,41 @@
 
 ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
+namespace {
+
+// The media type and the capability write themselves into objects already holding their two
+// keys, as they cannot shape themselves.
+const zelct::ObjectShape& entryShape() {
+    static const zelct::ObjectShape shape = [] {
+        zelct::ObjectShape entry{"id",    "name-input", "name",       "name-output", "blocked",
+                                 "input", "output",     "media-type", "capabilities"};
+        entry.nest("media-type", zelct::ObjectShape{"media-type", "string"});
+        entry.nest("capabilities", zelct::ObjectShape{"capability", "string"});
+        return entry;
+    }();
+    return shape;
+}
+
+}  // namespace
+
 void ChannelTableEntry::Serialize(Json::Value& root) const {
-    root["id"] = Json::Value(id);
-    root["name-input"] = Json::Value(nameInput.c_str());
-    root["name"] = Json::Value(nameOutput.c_str());
-    root["name-output"] = Json::Value(nameOutput.c_str());
-    root["blocked"] = Json::Value(blocked);
-    input.Serialize(root["input"]);
-    output.Serialize(root["output"]);
-    mediaType.Serialize(root["media-type"]);
-    capabilities.Serialize(root["capabilities"]);
+    zelct::ShapedObject out(root, entryShape());
+    out["id"] = Json::Value(id);
+    out["name-input"] = Json::Value(nameInput.c_str());
+    out["name"] = Json::Value(nameOutput.c_str());
+    out["name-output"] = Json::Value(nameOutput.c_str());
+    out["blocked"] = Json::Value(blocked);
+    input.Serialize(out["input"]);
+    output.Serialize(out["output"]);
+    mediaType.Serialize(out["media-type"]);
+    capabilities.Serialize(out["capabilities"]);
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    id = root.get("id", -1).asInt();
+    id = zelct::intMember(root, "id", -1);
     nameInput = zelct::stringMember(root, "name-input", "");
     nameOutput = zelct::stringMember(root, "name-output", "");
-    blocked = root.get("blocked", false).asBool();
+    blocked = zelct::boolMember(root, "blocked", false);
     input.Deserialize(root["input"]);
     output.Deserialize(root["output"]);
     mediaType.Deserialize(root["media-type"]);

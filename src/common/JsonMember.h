@@ -11,7 +11,9 @@
 #include <json/json.h>
 
 #include <cstring>
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace zelct {
 
@@ -19,10 +21,140 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
 }
 
+// root.get(key, fallback).asInt(), and the same for the other conversions: the fallback is
+// what the default value converts to.
+inline int intMember(const Json::Value& root, const char* key, int fallback) {
+    const Json::Value* found = findMember(root, key);
+    return found != nullptr ? found->asInt() : fallback;
+}
+
+inline unsigned uintMember(const Json::Value& root, const char* key, unsigned fallback) {
+    const Json::Value* found = findMember(root, key);
+    return found != nullptr ? found->asUInt() : fallback;
+}
+
+inline Json::UInt64 uint64Member(const Json::Value& root, const char* key, Json::UInt64 fallback) {
+    const Json::Value* found = findMember(root, key);
+    return found != nullptr ? found->asUInt64() : fallback;
+}
+
+inline bool boolMember(const Json::Value& root, const char* key, bool fallback) {
+    const Json::Value* found = findMember(root, key);
+    return found != nullptr ? found->asBool() : fallback;
+}
+
 // root.get(key, fallback).asString()
 inline std::string stringMember(const Json::Value& root, const char* key, const char* fallback) {
     const Json::Value* found = findMember(root, key);
     return found != nullptr ? found->asString() : std::string(fallback);
 }
+
+// The keys a record always writes, each holding null, built once. jsoncpp's member access
+// allocates a missing key twice and releases one copy, then searches the object for every
+// write; copying the shape allocates each key once, and one walk over the copy finds every
+// member. ShapedObject writes through the shape when it may, the member access otherwise.
+//
+// The copies own their keys (nothing in a caller's value points into the library), and the
+// shape is only ever read after it is built, so any number of threads may copy it at once.
+class ObjectShape {
+public:
+    static constexpr std::size_t kMaxKeys = 16;
+
+    // The keys in the order the record writes them.
+    ObjectShape(std::initializer_list<const char*> keys) : shape_(Json::objectValue) {
+        for (const char* key : keys) {
+            if (count_ < kMaxKeys) {
+                keys_[count_++] = key;
+                shape_[key] = Json::Value();
+            }
+        }
+        computeRanks();
+    }
+
+    // A key whose value is itself shaped, for members written by a record that cannot shape
+    // itself. Its place in the write order is that of a key given to the constructor.
+    ObjectShape& nest(const char* key, const ObjectShape& inner) {
+        shape_[key] = inner.shape_;
+        computeRanks();
+        return *this;
+    }
+
+    std::size_t size() const { return count_; }
+    const char* key(std::size_t i) const { return keys_[i]; }
+    std::size_t rank(std::size_t i) const { return rank_[i]; }
+    const Json::Value& value() const { return shape_; }
+
+private:
+    // Where each key stands among the object's members, which jsoncpp keeps sorted.
+    void computeRanks() {
+        std::size_t sorted = 0;
+        for (auto it = shape_.begin(); it != shape_.end(); ++it, ++sorted) {
+            for (std::size_t i = 0; i < count_; ++i) {
+                if (it.name() == keys_[i]) {
+                    rank_[i] = sorted;
+                }
+            }
+        }
+    }
+
+    Json::Value shape_;
+    const char* keys_[kMaxKeys] = {};
+    std::size_t rank_[kMaxKeys] = {};
+    std::size_t count_ = 0;
+};
+
+// Writes one record's members into root. A null root or an empty object becomes a copy of the
+// record's shape and the writes go straight to its members; any other root, or a key the shape
+// lacks, goes through the member access, so members root already holds stay as they are. Either way
+// root ends as the member access alone would leave it. The members of a std::map never move, so the
+// pointers to them stay good while other members are added.
+class ShapedObject {
+public:
+    ShapedObject(Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
+        if (root.isNull()) {
+            // As the member access turns a null value into an object: the whole value is
+            // replaced.
+            root = shape.value();
+        } else if (root.isObject() && root.empty()) {
+            // An empty object keeps what it carries besides its members, as it would when
+            // the member access added them.
+            Json::Value copy(shape.value());
+            root.swapPayload(copy);
+        } else {
+            return;
+        }
+        Json::Value* sorted[ObjectShape::kMaxKeys] = {};
+        std::size_t n = 0;
+        for (auto it = root.begin(); it != root.end() && n < ObjectShape::kMaxKeys; ++it) {
+            sorted[n++] = &*it;
+        }
+        for (std::size_t i = 0; i < shape.size(); ++i) {
+            slots_[i] = sorted[shape.rank(i)];
+        }
+        shaped_ = true;
+    }
+
+    // The writes are expected in the shape's order, so the search starts after the last key
+    // written; a member set some other way in between (a member record writing its own key
+    // into root) is simply passed over.
+    Json::Value& operator[](const char* key) {
+        if (shaped_) {
+            for (std::size_t i = next_; i < shape_.size(); ++i) {
+                if (std::strcmp(shape_.key(i), key) == 0) {
+                    next_ = i + 1;
+                    return *slots_[i];
+                }
+            }
+        }
+        return root_[key];
+    }
+
+private:
+    Json::Value& root_;
+    const ObjectShape& shape_;
+    Json::Value* slots_[ObjectShape::kMaxKeys] = {};
+    std::size_t next_ = 0;
+    bool shaped_ = false;
+};
 
 }  // namespace zelct

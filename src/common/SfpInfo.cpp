@@ -11,17 +11,21 @@ SfpInfo::SfpInfo()
       rxPower(-1.0) {}
 
 void SfpInfo::Serialize(Json::Value& root) const {
-    root["present"] = Json::Value(present);
-    root["vendor-name"] = Json::Value(vendorName);
-    root["part-number"] = Json::Value(partNumber);
-    root["serial-number"] = Json::Value(serialNumber);
-    root["revision"] = Json::Value(revision);
-    root["connector"] = Json::Value(connector);
-    root["wavelength"] = Json::Value(wavelength);
-    root["temperature"] = Json::Value(temperature);
-    root["supply-voltage"] = Json::Value(supplyVoltage);
-    root["tx-power"] = Json::Value(txPower);
-    root["rx-power"] = Json::Value(rxPower);
+    static const zelct::ObjectShape shape{
+        "present",    "vendor-name", "part-number",    "serial-number", "revision", "connector",
+        "wavelength", "temperature", "supply-voltage", "tx-power",      "rx-power"};
+    zelct::ShapedObject out(root, shape);
+    out["present"] = Json::Value(present);
+    out["vendor-name"] = Json::Value(vendorName);
+    out["part-number"] = Json::Value(partNumber);
+    out["serial-number"] = Json::Value(serialNumber);
+    out["revision"] = Json::Value(revision);
+    out["connector"] = Json::Value(connector);
+    out["wavelength"] = Json::Value(wavelength);
+    out["temperature"] = Json::Value(temperature);
+    out["supply-voltage"] = Json::Value(supplyVoltage);
+    out["tx-power"] = Json::Value(txPower);
+    out["rx-power"] = Json::Value(rxPower);
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {

@@ -54,13 +54,16 @@ std::uint32_t clampedCount(std::uint32_t count) {
 EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {}
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
-    root["eth-name"] = Json::Value(ethName);
-    root["mac"] = Json::Value(mac);
-    root["linkup"] = Json::Value(linkup);
-    root["ifid"] = Json::Value(Json::UInt{ifid});
-    root["ipv4"] = Json::Value(dottedText(ipv4));
-    root["network-mask"] = Json::Value(dottedText(networkMask));
-    sfp.Serialize(root["sfp"]);
+    static const zelct::ObjectShape shape{"eth-name", "mac",          "linkup", "ifid",
+                                          "ipv4",     "network-mask", "sfp"};
+    zelct::ShapedObject out(root, shape);
+    out["eth-name"] = Json::Value(ethName);
+    out["mac"] = Json::Value(mac);
+    out["linkup"] = Json::Value(linkup);
+    out["ifid"] = Json::Value(Json::UInt{ifid});
+    out["ipv4"] = Json::Value(dottedText(ipv4));
+    out["network-mask"] = Json::Value(dottedText(networkMask));
+    sfp.Serialize(out["sfp"]);
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {

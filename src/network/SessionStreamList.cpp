@@ -7,27 +7,29 @@
 SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0), remoteSid(0) {}
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
-    root["stream"] = Json::Value(static_cast<Json::UInt64>(stream));
-    root["stream-hw-id"] = Json::Value(static_cast<Json::UInt>(streamHwId));
-    root["session"] = Json::Value(static_cast<Json::UInt64>(session));
-    root["name"] = Json::Value(name);
-    root["stream-name"] = Json::Value(streamName);
-    root["remote-sid"] = Json::Value(static_cast<Json::UInt64>(remoteSid));
-    root["remote-sid-str"] =
-        Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
-    root["redundant-type"] = Json::Value(redundantType);
-    root["type"] = Json::Value(type.getName());
-    root["state"] = Json::Value(state.getName());
+    static const zelct::ObjectShape shape{
+        "stream",     "stream-hw-id",   "session",        "name", "stream-name",
+        "remote-sid", "remote-sid-str", "redundant-type", "type", "state"};
+    zelct::ShapedObject out(root, shape);
+    out["stream"] = Json::Value(static_cast<Json::UInt64>(stream));
+    out["stream-hw-id"] = Json::Value(static_cast<Json::UInt>(streamHwId));
+    out["session"] = Json::Value(static_cast<Json::UInt64>(session));
+    out["name"] = Json::Value(name);
+    out["stream-name"] = Json::Value(streamName);
+    out["remote-sid"] = Json::Value(static_cast<Json::UInt64>(remoteSid));
+    out["remote-sid-str"] = Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
+    out["redundant-type"] = Json::Value(redundantType);
+    out["type"] = Json::Value(type.getName());
+    out["state"] = Json::Value(state.getName());
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    const Json::Value zero(static_cast<Json::UInt64>(0));
-    stream = root.get("stream", zero).asUInt64();
-    streamHwId = static_cast<uint32_t>(root.get("stream-hw-id", zero).asUInt64());
-    session = root.get("session", zero).asUInt64();
+    stream = zelct::uint64Member(root, "stream", 0);
+    streamHwId = static_cast<uint32_t>(zelct::uint64Member(root, "stream-hw-id", 0));
+    session = zelct::uint64Member(root, "session", 0);
     name = zelct::stringMember(root, "name", "");
     streamName = zelct::stringMember(root, "stream-name", "");
-    remoteSid = root.get("remote-sid", zero).asUInt64();
+    remoteSid = zelct::uint64Member(root, "remote-sid", 0);
     redundantType = zelct::stringMember(root, "redundant-type", "none");
     type.setName(zelct::stringMember(root, "type", ""));
     state.setName(zelct::stringMember(root, "state", ""));

@@ -1,6 +1,7 @@
 #include "TarvikInfo.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "../common/JsonMember.h"
 
@@ -117,7 +118,7 @@ void TarvikInfo::Serialize(Json::Value& root) const {
     writeInts(*this, kTarvikFields, root);
     Json::Value card(Json::objectValue);
     daughterCard.Serialize(card);
-    root["daughter-card"] = card;
+    root["daughter-card"] = std::move(card);
 }
 
 void TarvikInfo::Deserialize(Json::Value& root) {
@@ -147,8 +148,10 @@ void CpuLoadAverage::Deserialize(Json::Value& root) {
 SystemError::SystemError() : code(kUnknown) {}
 
 void SystemError::Serialize(Json::Value& root) const {
-    root["code"] = Json::Value(code);
-    root["description"] = Json::Value(description);
+    static const zelct::ObjectShape shape{"code", "description"};
+    zelct::ShapedObject out(root, shape);
+    out["code"] = Json::Value(code);
+    out["description"] = Json::Value(description);
 }
 
 void SystemError::Deserialize(Json::Value& root) {
