@@ -1,5 +1,7 @@
 #include "DeviceCapabilities.h"
 
+#include <utility>
+
 #include "../common/JsonMember.h"
 
 namespace {
@@ -42,7 +44,7 @@ void DeviceCapabilities::Serialize(Json::Value& root) const {
     capabilities["sendersStreamCount"] = countsObject(sendersAudio, sendersVideo, sendersAncillary);
     capabilities["receiversStreamCount"] =
         countsObject(receiversAudio, receiversVideo, receiversAncillary);
-    root["deviceCapabilities"] = capabilities;
+    root["deviceCapabilities"] = std::move(capabilities);
 }
 
 // An absent sender or receiver object keeps the counts a caller already holds, while an

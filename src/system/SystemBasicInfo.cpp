@@ -46,20 +46,28 @@ void readList(Json::Value& array, std::list<Record>& list) {
 SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 
 void SystemBasicInfo::Serialize(Json::Value& root) const {
-    root["fw-version"] = Json::Value(fwVersion);
-    root["fw-date"] = Json::Value(fwDate);
-    root["product"] = Json::Value(product);
-    root["bitstream"] = Json::Value(bitstream);
-    root["chipid-name"] = Json::Value(chipidName);
-    root["chipid-version"] = Json::Value(chipidVersion);
-    root["serial-number"] = Json::Value(serialNumber);
-    root["madi-lock"] = Json::Value(madiLock);
+    // "eth", "errors" and "product-info" are written only at times, so they are not part of
+    // the shape; "deviceCapabilities" is written by the capabilities themselves.
+    static const zelct::ObjectShape shape{"fw-version",    "fw-date",           "product",
+                                          "bitstream",     "chipid-name",       "chipid-version",
+                                          "serial-number", "madi-lock",         "rtsp",
+                                          "advertisement", "temperature",       "fan-speed",
+                                          "cpu-loadavg",   "deviceCapabilities"};
+    zelct::ShapedObject out(root, shape);
+    out["fw-version"] = Json::Value(fwVersion);
+    out["fw-date"] = Json::Value(fwDate);
+    out["product"] = Json::Value(product);
+    out["bitstream"] = Json::Value(bitstream);
+    out["chipid-name"] = Json::Value(chipidName);
+    out["chipid-version"] = Json::Value(chipidVersion);
+    out["serial-number"] = Json::Value(serialNumber);
+    out["madi-lock"] = Json::Value(madiLock);
     writeList(root, "eth", eth);
-    root["rtsp"] = objectOf(rtsp);
-    root["advertisement"] = objectOf(advertisement);
-    root["temperature"] = objectOf(temperature);
-    root["fan-speed"] = objectOf(fanSpeed);
-    root["cpu-loadavg"] = objectOf(cpuLoadavg);
+    out["rtsp"] = objectOf(rtsp);
+    out["advertisement"] = objectOf(advertisement);
+    out["temperature"] = objectOf(temperature);
+    out["fan-speed"] = objectOf(fanSpeed);
+    out["cpu-loadavg"] = objectOf(cpuLoadavg);
     if (product == kMainBoardProduct) {
         root["product-info"] = objectOf(productInfo);
     }
