@@ -223,6 +223,8 @@ int main(int argc, char** argv) {
     std::ifstream in(argv[1]);
     Json::Value report;
     Json::CharReaderBuilder builder;
+    // The coefficient of variation of a counter that never varies is written as NaN.
+    builder["allowSpecialFloats"] = true;
     std::string errors;
     if (!in || !Json::parseFromStream(builder, in, &report, &errors)) {
         std::fprintf(stderr, "%s: cannot read the report: %s\n", argv[1], errors.c_str());
