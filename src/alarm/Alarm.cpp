@@ -184,9 +184,18 @@ const char* Alarm::typeName(AlarmType value) {
     return catalogueRow(value).name;
 }
 
-void Alarm::Serialize(Json::Value& root) const {
+namespace {
+
+// Written in this order.
+const zelct::ObjectShape& alarmShape() {
     static const zelct::ObjectShape shape{"severity", "description", "type"};
-    zelct::ShapedObject out(root, shape);
+    return shape;
+}
+
+}  // namespace
+
+void Alarm::Serialize(Json::Value& root) const {
+    zelct::ShapedObject out(root, alarmShape());
     severity.Serialize(root);
     out["description"] = Json::Value(description);
     out["type"] = Json::Value(static_cast<int>(type));

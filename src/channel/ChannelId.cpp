@@ -27,9 +27,18 @@ ChannelId::ChannelId(Json::Value& root) : id(0), position(0) {
     Deserialize(root);
 }
 
-void ChannelId::Serialize(Json::Value& root) const {
+namespace {
+
+// Written and read in this order.
+const zelct::ObjectShape& channelShape() {
     static const zelct::ObjectShape shape{"id", "type", "position"};
-    zelct::ShapedObject out(root, shape);
+    return shape;
+}
+
+}  // namespace
+
+void ChannelId::Serialize(Json::Value& root) const {
+    zelct::ShapedObject out(root, channelShape());
     out["id"] = Json::Value(id);
     out["type"] = Json::Value(type.getName());
     out["position"] = Json::Value(static_cast<int>(position));
@@ -42,7 +51,8 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    id = zelct::intMember(root, "id", -1);
-    type.setNameAndResolve(zelct::stringMember(root, "type", "auto"));
-    position = static_cast<unsigned char>(zelct::uintMember(root, "position", kNoPosition));
+    zelct::ShapedReader in(root, channelShape());
+    id = zelct::intMember(in, "id", -1);
+    type.setNameAndResolve(zelct::stringMember(in, "type", "auto"));
+    position = static_cast<unsigned char>(zelct::uintMember(in, "position", kNoPosition));
 }

@@ -6,8 +6,9 @@ ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 namespace {
 
-// The media type and the capability write themselves into objects already holding their two
-// keys, as they cannot shape themselves.
+// Written and read in this order ("name" is never read). The media type and the capability
+// write themselves into objects already holding their two keys, as they cannot shape
+// themselves.
 const zelct::ObjectShape& entryShape() {
     static const zelct::ObjectShape shape = [] {
         zelct::ObjectShape entry{"id",    "name-input", "name",       "name-output", "blocked",
@@ -35,10 +36,11 @@ void ChannelTableEntry::Serialize(Json::Value& root) const {
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    id = zelct::intMember(root, "id", -1);
-    nameInput = zelct::stringMember(root, "name-input", "");
-    nameOutput = zelct::stringMember(root, "name-output", "");
-    blocked = zelct::boolMember(root, "blocked", false);
+    zelct::ShapedReader in(root, entryShape());
+    id = zelct::intMember(in, "id", -1);
+    nameInput = zelct::stringMember(in, "name-input", "");
+    nameOutput = zelct::stringMember(in, "name-output", "");
+    blocked = zelct::boolMember(in, "blocked", false);
     input.Deserialize(root["input"]);
     output.Deserialize(root["output"]);
     mediaType.Deserialize(root["media-type"]);

@@ -64,6 +64,7 @@ public:
     ObjectShape(std::initializer_list<const char*> keys) : shape_(Json::objectValue) {
         for (const char* key : keys) {
             if (count_ < kMaxKeys) {
+                lengths_[count_] = std::strlen(key);
                 keys_[count_++] = key;
                 shape_[key] = Json::Value();
             }
@@ -81,17 +82,22 @@ public:
 
     std::size_t size() const { return count_; }
     const char* key(std::size_t i) const { return keys_[i]; }
+    std::size_t length(std::size_t i) const { return lengths_[i]; }
     std::size_t rank(std::size_t i) const { return rank_[i]; }
+    // The index of the key that comes j-th in the order jsoncpp keeps members in.
+    std::size_t inOrder(std::size_t j) const { return inOrder_[j]; }
     const Json::Value& value() const { return shape_; }
 
 private:
     // Where each key stands among the object's members, which jsoncpp keeps sorted.
     void computeRanks() {
         std::size_t sorted = 0;
+        std::size_t listed = 0;
         for (auto it = shape_.begin(); it != shape_.end(); ++it, ++sorted) {
             for (std::size_t i = 0; i < count_; ++i) {
                 if (it.name() == keys_[i]) {
                     rank_[i] = sorted;
+                    inOrder_[listed++] = i;
                 }
             }
         }
@@ -99,7 +105,9 @@ private:
 
     Json::Value shape_;
     const char* keys_[kMaxKeys] = {};
+    std::size_t lengths_[kMaxKeys] = {};
     std::size_t rank_[kMaxKeys] = {};
+    std::size_t inOrder_[kMaxKeys] = {};
     std::size_t count_ = 0;
 };
 
@@ -156,5 +164,91 @@ private:
     std::size_t next_ = 0;
     bool shaped_ = false;
 };
+
+// Finds one record's members in root. An object is walked once beside the shape's keys, both
+// in the order jsoncpp keeps members in, so every read takes its member without a search of
+// its own. Any other value, or a key the shape lacks, is looked up by Value::find, as get does:
+// null has no members, and anything else but an object raises Json::LogicError there.
+class ShapedReader {
+public:
+    ShapedReader(const Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
+        if (!root.isObject()) {
+            return;
+        }
+        std::size_t j = 0;
+        const auto last = root.end();
+        for (auto it = root.begin(); it != last && j < shape.size(); ++it) {
+            const char* end = nullptr;
+            const char* name = it.memberName(&end);
+            const auto length = static_cast<std::size_t>(end - name);
+            int order = -1;
+            while (j < shape.size() && (order = compare(shape.inOrder(j), name, length)) < 0) {
+                ++j;
+            }
+            if (order == 0) {
+                found_[shape.inOrder(j)] = &*it;
+                ++j;
+            }
+        }
+        walked_ = true;
+    }
+
+    // As root.find(key); the reads are expected in the shape's order.
+    const Json::Value* find(const char* key) {
+        if (walked_) {
+            for (std::size_t i = next_; i < shape_.size(); ++i) {
+                if (std::strcmp(shape_.key(i), key) == 0) {
+                    next_ = i + 1;
+                    return found_[i];
+                }
+            }
+        }
+        return findMember(root_, key);
+    }
+
+private:
+    // Orders the shape's key i against a member name as jsoncpp orders keys: by their bytes
+    // over the shorter length, then the shorter first.
+    int compare(std::size_t i, const char* name, std::size_t length) const {
+        const std::size_t keyLength = shape_.length(i);
+        const int order = std::memcmp(shape_.key(i), name, keyLength < length ? keyLength : length);
+        if (order != 0) {
+            return order;
+        }
+        return keyLength < length ? -1 : keyLength > length ? 1 : 0;
+    }
+
+    const Json::Value& root_;
+    const ObjectShape& shape_;
+    const Json::Value* found_[ObjectShape::kMaxKeys] = {};
+    std::size_t next_ = 0;
+    bool walked_ = false;
+};
+
+// The same conversions as above, reading through a shaped reader.
+inline std::string stringMember(ShapedReader& in, const char* key, const char* fallback) {
+    const Json::Value* found = in.find(key);
+    return found != nullptr ? found->asString() : std::string(fallback);
+}
+
+inline int intMember(ShapedReader& in, const char* key, int fallback) {
+    const Json::Value* found = in.find(key);
+    return found != nullptr ? found->asInt() : fallback;
+}
+
+inline unsigned uintMember(ShapedReader& in, const char* key, unsigned fallback) {
+    const Json::Value* found = in.find(key);
+    return found != nullptr ? found->asUInt() : fallback;
+}
+
+inline Json::UInt64 uint64Member(ShapedReader& in, const char* key, Json::UInt64 fallback) {
+    const Json::Value* found = in.find(key);
+    return found != nullptr ? found->asUInt64() : fallback;
+}
+
+inline bool boolMember(ShapedReader& in, const char* key, bool fallback) {
+    const Json::Value* found = in.find(key);
+    return found != nullptr ? found->asBool() : fallback;
+}
 
 }  // namespace zelct

@@ -6,11 +6,20 @@
 
 SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0), remoteSid(0) {}
 
-void SessionStreamBasics::Serialize(Json::Value& root) const {
+namespace {
+
+// Read back in the same order, all but "remote-sid-str".
+const zelct::ObjectShape& recordShape() {
     static const zelct::ObjectShape shape{
         "stream",     "stream-hw-id",   "session",        "name", "stream-name",
         "remote-sid", "remote-sid-str", "redundant-type", "type", "state"};
-    zelct::ShapedObject out(root, shape);
+    return shape;
+}
+
+}  // namespace
+
+void SessionStreamBasics::Serialize(Json::Value& root) const {
+    zelct::ShapedObject out(root, recordShape());
     out["stream"] = Json::Value(static_cast<Json::UInt64>(stream));
     out["stream-hw-id"] = Json::Value(static_cast<Json::UInt>(streamHwId));
     out["session"] = Json::Value(static_cast<Json::UInt64>(session));
@@ -24,15 +33,16 @@ void SessionStreamBasics::Serialize(Json::Value& root) const {
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    stream = zelct::uint64Member(root, "stream", 0);
-    streamHwId = static_cast<uint32_t>(zelct::uint64Member(root, "stream-hw-id", 0));
-    session = zelct::uint64Member(root, "session", 0);
-    name = zelct::stringMember(root, "name", "");
-    streamName = zelct::stringMember(root, "stream-name", "");
-    remoteSid = zelct::uint64Member(root, "remote-sid", 0);
-    redundantType = zelct::stringMember(root, "redundant-type", "none");
-    type.setName(zelct::stringMember(root, "type", ""));
-    state.setName(zelct::stringMember(root, "state", ""));
+    zelct::ShapedReader in(root, recordShape());
+    stream = zelct::uint64Member(in, "stream", 0);
+    streamHwId = static_cast<uint32_t>(zelct::uint64Member(in, "stream-hw-id", 0));
+    session = zelct::uint64Member(in, "session", 0);
+    name = zelct::stringMember(in, "name", "");
+    streamName = zelct::stringMember(in, "stream-name", "");
+    remoteSid = zelct::uint64Member(in, "remote-sid", 0);
+    redundantType = zelct::stringMember(in, "redundant-type", "none");
+    type.setName(zelct::stringMember(in, "type", ""));
+    state.setName(zelct::stringMember(in, "state", ""));
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {
