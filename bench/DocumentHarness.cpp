@@ -6,8 +6,6 @@
 
 namespace bench {
 
-namespace {
-
 // Where the files of a run go: ZELCT_BENCH_DIR when set, else a RAM file system when the
 // machine has one. Rewriting a file in place on a disk file system starts its write-back at
 // close (ext4 does so for a truncated file), which costs milliseconds, hides the work of
@@ -22,6 +20,8 @@ std::filesystem::path scratchBase() {
     }
     return std::filesystem::temp_directory_path();
 }
+
+namespace {
 
 class ScratchFolder {
 public:
@@ -107,7 +107,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    benchmark::AddCustomContext("scratch_folder", bench::scratchFolder());
+    benchmark::AddCustomContext("scratch_folder", bench::scratchBase().string());
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;
