@@ -41,10 +41,10 @@ void ChannelTableEntry::Deserialize(Json::Value& root) {
     nameInput = zelct::stringMember(in, "name-input", "");
     nameOutput = zelct::stringMember(in, "name-output", "");
     blocked = zelct::boolMember(in, "blocked", false);
-    input.Deserialize(root["input"]);
-    output.Deserialize(root["output"]);
-    mediaType.Deserialize(root["media-type"]);
-    capabilities.Deserialize(root["capabilities"]);
+    input.Deserialize(in.member("input"));
+    output.Deserialize(in.member("output"));
+    mediaType.Deserialize(in.member("media-type"));
+    capabilities.Deserialize(in.member("capabilities"));
 }
 
 namespace {

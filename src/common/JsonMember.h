@@ -167,11 +167,12 @@ private:
 
 // Finds one record's members in root. An object is walked once beside the shape's keys, both
 // in the order jsoncpp keeps members in, so every read takes its member without a search of
-// its own. Any other value, or a key the shape lacks, is looked up by Value::find, as get does:
-// null has no members, and anything else but an object raises Json::LogicError there.
+// its own. Any other value, or a key the shape lacks, is looked up as before: by Value::find
+// as get does (null has no members, anything else but an object raises Json::LogicError), or
+// by the member access, which adds a missing member as null.
 class ShapedReader {
 public:
-    ShapedReader(const Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
+    ShapedReader(Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
         if (!root.isObject()) {
             return;
         }
@@ -195,18 +196,34 @@ public:
 
     // As root.find(key); the reads are expected in the shape's order.
     const Json::Value* find(const char* key) {
-        if (walked_) {
-            for (std::size_t i = next_; i < shape_.size(); ++i) {
-                if (std::strcmp(shape_.key(i), key) == 0) {
-                    next_ = i + 1;
-                    return found_[i];
-                }
-            }
+        std::size_t i = 0;
+        if (walked_ && inShape(key, i)) {
+            return found_[i];
         }
         return findMember(root_, key);
     }
 
+    // As root[key], the member access that adds a missing member as null.
+    Json::Value& member(const char* key) {
+        std::size_t i = 0;
+        if (walked_ && inShape(key, i) && found_[i] != nullptr) {
+            return *found_[i];
+        }
+        return root_[key];
+    }
+
 private:
+    bool inShape(const char* key, std::size_t& index) {
+        for (std::size_t i = next_; i < shape_.size(); ++i) {
+            if (std::strcmp(shape_.key(i), key) == 0) {
+                next_ = i + 1;
+                index = i;
+                return true;
+            }
+        }
+        return false;
+    }
+
     // Orders the shape's key i against a member name as jsoncpp orders keys: by their bytes
     // over the shorter length, then the shorter first.
     int compare(std::size_t i, const char* name, std::size_t length) const {
@@ -218,9 +235,9 @@ private:
         return keyLength < length ? -1 : keyLength > length ? 1 : 0;
     }
 
-    const Json::Value& root_;
+    Json::Value& root_;
     const ObjectShape& shape_;
-    const Json::Value* found_[ObjectShape::kMaxKeys] = {};
+    Json::Value* found_[ObjectShape::kMaxKeys] = {};
     std::size_t next_ = 0;
     bool walked_ = false;
 };
