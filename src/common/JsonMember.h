@@ -1,19 +1,21 @@
 #pragma once
 
-// Reading members the way Json::Value::get(key, default) followed by a conversion reads them,
-// without what get costs: it builds the default as a Value and returns the member by copy, so
-// a text member is allocated twice before the conversion allocates it a third time.
+// How the records read and write their members without paying jsoncpp more than the document
+// needs. Every function and class here leaves values, results and exceptions exactly as the
+// plain member access, get and the conversions do; only allocations and searches are saved.
 //
-// The outcome is the same in every case, exceptions included: find, like get, raises
+// Reading: Json::Value::get(key, default) builds the default as a Value and returns the member
+// by copy, so a text member is allocated twice before the conversion allocates it a third
+// time. The readers below find the member in place instead. find, like get, raises
 // Json::LogicError on a value that is neither an object nor null, and the conversion of the
-// member found raises what asString raises on the copy get would have returned.
+// member found raises what it raises on the copy get would have returned.
 
 #include <json/json.h>
 
+#include <cstddef>
 #include <cstring>
 #include <initializer_list>
 #include <string>
-#include <utility>
 
 namespace zelct {
 
@@ -73,7 +75,7 @@ public:
     }
 
     // A key whose value is itself shaped, for members written by a record that cannot shape
-    // itself. Its place in the write order is that of a key given to the constructor.
+    // itself. The key must be one of those given to the constructor.
     ObjectShape& nest(const char* key, const ObjectShape& inner) {
         shape_[key] = inner.shape_;
         computeRanks();
@@ -119,6 +121,9 @@ private:
 class ShapedObject {
 public:
     ShapedObject(Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
+        if (shape.value().size() > ObjectShape::kMaxKeys) {
+            return;
+        }
         if (root.isNull()) {
             // As the member access turns a null value into an object: the whole value is
             // replaced.
