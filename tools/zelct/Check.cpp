@@ -1,0 +1,357 @@
+#include "Check.h"
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <set>
+#include <utility>
+
+#include <sys/stat.h>
+
+#include "FileMgr.h"
+
+namespace zelct {
+
+namespace {
+
+bool sameReading(const Reading& a, const Reading& b) {
+    return a.failed == b.failed && a.error == b.error && a.understood == b.understood &&
+           a.log == b.log;
+}
+
+// A value that every reader of the library rejects or reads differently: a conversion of
+// an array to a scalar throws, and so does a member lookup in it.
+Json::Value probeValue() {
+    Json::Value probe(Json::arrayValue);
+    probe.append(Json::Value(Json::arrayValue));
+    return probe;
+}
+
+// Another value of the same JSON type, for readers that only look at whether a node is
+// there; none for null, arrays and objects.
+bool otherValueOfType(const Json::Value& value, Json::Value& other) {
+    switch (value.type()) {
+        case Json::stringValue:
+            other = value.asString() + "~";
+            return true;
+        case Json::booleanValue:
+            other = !value.asBool();
+            return true;
+        case Json::intValue:
+            other = value.asLargestInt() == std::numeric_limits<Json::LargestInt>::max()
+                        ? value.asLargestInt() - 1
+                        : value.asLargestInt() + 1;
+            return true;
+        case Json::uintValue:
+            other = value.asLargestUInt() == std::numeric_limits<Json::LargestUInt>::max()
+                        ? value.asLargestUInt() - 1
+                        : value.asLargestUInt() + 1;
+            return true;
+        case Json::realValue:
+            other = value.asDouble() + 1.0;
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isEmptyValue(const Json::Value& value) {
+    return value.isNull() || ((value.isArray() || value.isObject()) && value.empty());
+}
+
+// What the library writes when it holds nothing is no value at all; it stands for an empty
+// document of the kind's own shape.
+Json::Value understoodAsShaped(const Json::Value& understood, const Json::Value& original) {
+    if (understood.isNull() && (original.isArray() || original.isObject())) {
+        return Json::Value(original.type());
+    }
+    return understood;
+}
+
+class Comparison {
+public:
+    Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline)
+        : kind_(kind), document_(document), baseline_(baseline) {}
+
+    std::vector<Finding> run() {
+        JsonPath path;
+        walk(document_, understoodAsShaped(baseline_.understood, document_), path);
+        return std::move(findings_);
+    }
+
+private:
+    void walk(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
+        if (sameValue(original, understood)) {
+            return;
+        }
+        if (original.isObject() && understood.isObject()) {
+            walkMembers(original, understood, path);
+        } else if (original.isArray() && understood.isArray()) {
+            walkElements(original, understood, path);
+        } else {
+            differs(original, understood, path);
+        }
+    }
+
+    void walkMembers(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
+        std::set<std::string> names;
+        for (const std::string& name : original.getMemberNames()) {
+            names.insert(name);
+        }
+        for (const std::string& name : understood.getMemberNames()) {
+            names.insert(name);
+        }
+        for (const std::string& name : names) {
+            const Json::Value* inOriginal = original.find(name.data(), name.data() + name.size());
+            const Json::Value* inUnderstood =
+                understood.find(name.data(), name.data() + name.size());
+            path.push_back(PathStep::member(name));
+            visit(inOriginal, inUnderstood, path);
+            path.pop_back();
+        }
+    }
+
+    void walkElements(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
+        const Json::ArrayIndex count = std::max(original.size(), understood.size());
+        for (Json::ArrayIndex i = 0; i < count; ++i) {
+            path.push_back(PathStep::element(i));
+            visit(i < original.size() ? &original[i] : nullptr,
+                  i < understood.size() ? &understood[i] : nullptr, path);
+            path.pop_back();
+        }
+    }
+
+    void visit(const Json::Value* original, const Json::Value* understood, JsonPath& path) {
+        if (original != nullptr && understood != nullptr) {
+            walk(*original, *understood, path);
+        } else if (original != nullptr) {
+            missing(*original, path);
+        } else {
+            findings_.push_back({Finding::Type::Added, path, Json::Value(), *understood});
+        }
+    }
+
+    void differs(const Json::Value& original, const Json::Value& understood, const JsonPath& path) {
+        if (isRead(original, path)) {
+            findings_.push_back({Finding::Type::Changed, path, original, understood});
+        } else {
+            findings_.push_back({Finding::Type::Dropped, path, original, Json::Value()});
+        }
+    }
+
+    void missing(const Json::Value& original, const JsonPath& path) {
+        // An empty member that the class does not write back says nothing the reading
+        // would miss, as long as the reading is the same without it.
+        if (isEmptyValue(original) &&
+            sameReading(readAs(kind_, removedAt(document_, path)), baseline_)) {
+            return;
+        }
+        const Finding::Type type =
+            isRead(original, path) ? Finding::Type::NotWrittenBack : Finding::Type::Dropped;
+        findings_.push_back({type, path, original, Json::Value()});
+    }
+
+    bool isRead(const Json::Value& original, const JsonPath& path) const {
+        if (changesReading(replacedAt(document_, path, probeValue())) ||
+            changesReading(removedAt(document_, path))) {
+            return true;
+        }
+        Json::Value other;
+        return otherValueOfType(original, other) &&
+               changesReading(replacedAt(document_, path, other));
+    }
+
+    bool changesReading(const Json::Value& perturbed) const {
+        return !sameReading(readAs(kind_, perturbed), baseline_);
+    }
+
+    const Kind& kind_;
+    const Json::Value& document_;
+    const Reading& baseline_;
+    std::vector<Finding> findings_;
+};
+
+std::vector<JsonPath> childPaths(const Json::Value& node, const JsonPath& path) {
+    std::vector<JsonPath> children;
+    if (node.isObject()) {
+        for (const std::string& name : node.getMemberNames()) {
+            children.push_back(path);
+            children.back().push_back(PathStep::member(name));
+        }
+    } else if (node.isArray()) {
+        for (Json::ArrayIndex i = 0; i < node.size(); ++i) {
+            children.push_back(path);
+            children.back().push_back(PathStep::element(i));
+        }
+    }
+    return children;
+}
+
+bool readsWithNullAt(const Kind& kind, const Json::Value& document, const JsonPath& path) {
+    return !readAs(kind, replacedAt(document, path, Json::Value())).failed;
+}
+
+const char* fileMgrMeaning(int code) {
+    switch (code) {
+        case FileMgr::kErrOpenRead:
+            return "the file cannot be opened";
+        case FileMgr::kErrParse:
+            return "not valid JSON";
+        default:
+            return "unexpected code";
+    }
+}
+
+Outcome unusable(std::string problem) {
+    Outcome outcome;
+    outcome.status = Outcome::Status::Unusable;
+    outcome.problem = std::move(problem);
+    return outcome;
+}
+
+Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading& reading) {
+    const FailurePlace place = locateFailure(kind, document);
+    Outcome outcome;
+    if (place.found) {
+        Json::Value copy = document;
+        outcome =
+            unusable(pointerText(place.path) + ": " + jsonTypeText(*nodeAt(copy, place.path)) +
+                     " where the library reads another JSON type (" + reading.error + ")");
+    } else {
+        outcome = unusable("the library cannot read it (" + reading.error + ")");
+    }
+    outcome.problemPlace = place;
+    return outcome;
+}
+
+}  // namespace
+
+Reading readAs(const Kind& kind, const Json::Value& document) {
+    Reading reading;
+    LogRecorder recorder;
+    try {
+        Json::Value copy = document;
+        std::unique_ptr<IJsonSerializable> object = kind.make();
+        object->Deserialize(copy);
+        object->Serialize(reading.understood);
+    } catch (const std::exception& e) {
+        reading.failed = true;
+        reading.error = e.what();
+        reading.understood = Json::Value();
+    } catch (...) {
+        reading.failed = true;
+        reading.error = "unknown exception";
+        reading.understood = Json::Value();
+    }
+    reading.log = recorder.take();
+    return reading;
+}
+
+const char* findingTypeName(Finding::Type type) {
+    switch (type) {
+        case Finding::Type::Dropped:
+            return "dropped";
+        case Finding::Type::Changed:
+            return "changed";
+        case Finding::Type::NotWrittenBack:
+            return "not-written-back";
+        case Finding::Type::Added:
+            return "added";
+    }
+    return "";
+}
+
+std::string findingText(const Finding& finding) {
+    const std::string where = pointerText(finding.path) + ": ";
+    switch (finding.type) {
+        case Finding::Type::Dropped:
+            return where + "dropped (never read)";
+        case Finding::Type::Changed:
+            return where + compactJson(finding.original) + " read as " +
+                   compactJson(finding.understood);
+        case Finding::Type::NotWrittenBack:
+            return where + compactJson(finding.original) + " read but not written back";
+        case Finding::Type::Added:
+            return where + "added with default " + compactJson(finding.understood);
+    }
+    return where;
+}
+
+std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
+                                     const Reading& baseline) {
+    return Comparison(kind, document, baseline).run();
+}
+
+FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
+    FailurePlace place;
+    JsonPath path;
+    Json::Value copy = document;
+    bool descended = true;
+    while (descended) {
+        descended = false;
+        for (const JsonPath& child : childPaths(*nodeAt(copy, path), path)) {
+            if (readsWithNullAt(kind, document, child)) {
+                place.found = true;
+                place.path = child;
+                path = child;
+                descended = true;
+                break;
+            }
+        }
+    }
+    return place;
+}
+
+int exitCodeOf(Outcome::Status status) {
+    switch (status) {
+        case Outcome::Status::Exact:
+            return 0;
+        case Outcome::Status::Findings:
+            return 1;
+        case Outcome::Status::Unusable:
+            return 2;
+    }
+    return 2;
+}
+
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings) {
+    if (!hasTopLevel(kind, document)) {
+        return unusable(std::string("the top-level value is ") + jsonTypeText(document) +
+                        ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
+    }
+    const Reading reading = readAs(kind, document);
+    showLog(reading.log);
+    if (reading.failed) {
+        return unreadable(kind, document, reading);
+    }
+    Outcome outcome;
+    outcome.understood = reading.understood;
+    if (withFindings) {
+        outcome.findings = findDifferences(kind, document, reading);
+        outcome.status =
+            outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
+    }
+    return outcome;
+}
+
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
+    // FileMgr sizes a file by seeking to its end; a directory has no such size, and a named
+    // pipe would block the open until someone writes to it.
+    struct stat status;
+    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        return unusable(S_ISDIR(status.st_mode) ? "cannot load: a directory, not a file"
+                                                : "cannot load: not a regular file");
+    }
+    FileMgr files;
+    Json::Value document;
+    const int code = files.loadLocalCfg(path, document);
+    if (code != 0) {
+        Outcome outcome = unusable("cannot load (FileMgr code " + std::to_string(code) + ": " +
+                                   fileMgrMeaning(code) + ")");
+        outcome.fileMgrCode = code;
+        return outcome;
+    }
+    return checkDocument(kind, document, withFindings);
+}
+
+}  // namespace zelct
