@@ -6,3 +6,5 @@
 #include "IJsonSerializable.h"
 #include "Logger.h"
 #include "SfpInfo.h"
+#include "Alarm.h"
+#include "AlarmManager.h"
