@@ -68,6 +68,83 @@ Json::Value understoodAsShaped(const Json::Value& understood, const Json::Value&
     return understood;
 }
 
+// How alike two elements are: the number of members they share with equal values.
+size_t likeness(const Json::Value& a, const Json::Value& b) {
+    if (!a.isObject() || !b.isObject()) {
+        return 0;
+    }
+    size_t shared = 0;
+    for (auto it = a.begin(); it != a.end(); ++it) {
+        const std::string name = it.name();
+        const Json::Value* other = b.find(name.data(), name.data() + name.size());
+        if (other != nullptr && sameValue(*it, *other)) {
+            ++shared;
+        }
+    }
+    return shared;
+}
+
+// Beyond this many candidate pairs, elements that differ simply pair by position.
+constexpr size_t kPairingBudget = 250000;
+
+// For each original element, the index of the understood element it pairs with, or -1.
+// Equal elements pair first, by position and then anywhere; then the most alike pairs, a
+// pair in the same position winning a tie; what is left pairs by position.
+std::vector<int> pairElements(const Json::Value& original, const Json::Value& understood) {
+    const Json::ArrayIndex count = original.size();
+    const Json::ArrayIndex available = understood.size();
+    std::vector<int> partner(count, -1);
+    std::vector<bool> taken(available, false);
+    auto pair = [&](Json::ArrayIndex i, Json::ArrayIndex j) {
+        partner[i] = static_cast<int>(j);
+        taken[j] = true;
+    };
+    for (Json::ArrayIndex i = 0; i < count && i < available; ++i) {
+        if (sameValue(original[i], understood[i])) {
+            pair(i, i);
+        }
+    }
+    for (Json::ArrayIndex i = 0; i < count; ++i) {
+        for (Json::ArrayIndex j = 0; partner[i] < 0 && j < available; ++j) {
+            if (!taken[j] && sameValue(original[i], understood[j])) {
+                pair(i, j);
+            }
+        }
+    }
+    struct Candidate {
+        size_t alike;
+        bool samePosition;
+        Json::ArrayIndex i;
+        Json::ArrayIndex j;
+    };
+    std::vector<Candidate> candidates;
+    if (static_cast<size_t>(count) * available <= kPairingBudget) {
+        for (Json::ArrayIndex i = 0; i < count; ++i) {
+            for (Json::ArrayIndex j = 0; partner[i] < 0 && j < available; ++j) {
+                const size_t alike = taken[j] ? 0 : likeness(original[i], understood[j]);
+                if (alike > 0) {
+                    candidates.push_back({alike, i == j, i, j});
+                }
+            }
+        }
+    }
+    std::stable_sort(
+        candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+            return a.alike != b.alike ? a.alike > b.alike : a.samePosition && !b.samePosition;
+        });
+    for (const Candidate& candidate : candidates) {
+        if (partner[candidate.i] < 0 && !taken[candidate.j]) {
+            pair(candidate.i, candidate.j);
+        }
+    }
+    for (Json::ArrayIndex i = 0; i < count && i < available; ++i) {
+        if (partner[i] < 0 && !taken[i]) {
+            pair(i, i);
+        }
+    }
+    return partner;
+}
+
 class Comparison {
 public:
     Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline)
@@ -111,13 +188,28 @@ private:
         }
     }
 
+    // Elements are paired by position, except where the library reorders (a set written in
+    // its own order): an element equal to one elsewhere pairs with it, and an element that
+    // differs pairs with the one that shares most of its members.
     void walkElements(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
-        const Json::ArrayIndex count = std::max(original.size(), understood.size());
-        for (Json::ArrayIndex i = 0; i < count; ++i) {
+        const std::vector<int> partner = pairElements(original, understood);
+        std::vector<bool> paired(understood.size(), false);
+        for (Json::ArrayIndex i = 0; i < original.size(); ++i) {
             path.push_back(PathStep::element(i));
-            visit(i < original.size() ? &original[i] : nullptr,
-                  i < understood.size() ? &understood[i] : nullptr, path);
+            if (partner[i] >= 0) {
+                paired[static_cast<size_t>(partner[i])] = true;
+                walk(original[i], understood[static_cast<Json::ArrayIndex>(partner[i])], path);
+            } else {
+                missing(original[i], path);
+            }
             path.pop_back();
+        }
+        for (Json::ArrayIndex j = 0; j < understood.size(); ++j) {
+            if (!paired[j]) {
+                path.push_back(PathStep::element(j));
+                findings_.push_back({Finding::Type::Added, path, Json::Value(), understood[j]});
+                path.pop_back();
+            }
         }
     }
 
@@ -334,22 +426,31 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
     return outcome;
 }
 
-Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
+bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure) {
     // FileMgr sizes a file by seeking to its end; a directory has no such size, and a named
     // pipe would block the open until someone writes to it.
     struct stat status;
     if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        return unusable(S_ISDIR(status.st_mode) ? "cannot load: a directory, not a file"
-                                                : "cannot load: not a regular file");
+        failure = unusable(S_ISDIR(status.st_mode) ? "cannot load: a directory, not a file"
+                                                   : "cannot load: not a regular file");
+        return false;
     }
     FileMgr files;
-    Json::Value document;
     const int code = files.loadLocalCfg(path, document);
     if (code != 0) {
-        Outcome outcome = unusable("cannot load (FileMgr code " + std::to_string(code) + ": " +
-                                   fileMgrMeaning(code) + ")");
-        outcome.fileMgrCode = code;
-        return outcome;
+        failure = unusable("cannot load (FileMgr code " + std::to_string(code) + ": " +
+                           fileMgrMeaning(code) + ")");
+        failure.fileMgrCode = code;
+        return false;
+    }
+    return true;
+}
+
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
+    Json::Value document;
+    Outcome failure;
+    if (!loadDocument(path, document, failure)) {
+        return failure;
     }
     return checkDocument(kind, document, withFindings);
 }

@@ -80,7 +80,11 @@ int exitCodeOf(Outcome::Status status);
 // when `withFindings`, compares. A reading that throws makes it Unusable.
 Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings);
 
-// Loads the file with FileMgr::loadLocalCfg and checks the document.
+// Loads the file with FileMgr::loadLocalCfg. When it cannot be used, returns false with the
+// Unusable outcome in `failure`.
+bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure);
+
+// Loads the file and checks the document.
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings);
 
 }  // namespace zelct

@@ -15,6 +15,9 @@ std::unique_ptr<IJsonSerializable> make() {
 
 const std::vector<Kind>& allKinds() {
     static const std::vector<Kind> kinds = {
+        {"alarms", TopLevel::Object, "the set of raised alarms (AlarmManager)",
+         &make<AlarmManager>},
+        {"alarm", TopLevel::Object, "one alarm: severity, description, type (Alarm)", &make<Alarm>},
         {"sfp", TopLevel::Object, "an SFP module record (SfpInfo)", &make<SfpInfo>},
     };
     return kinds;

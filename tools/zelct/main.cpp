@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "Catalogues.h"
 #include "Check.h"
 #include "FileMgr.h"
 #include "Kinds.h"
@@ -31,6 +32,7 @@ struct Arguments {
     std::vector<std::string> files;
     std::string input;
     std::string output;
+    std::string file;
 };
 
 // -v shows the library's debug lines, -vv its verbose ones; errors always show.
@@ -150,6 +152,13 @@ int run(int argc, char** argv) {
         "template", "Print the document that a default-constructed object of KIND writes");
     templ->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
+    CLI::App* alarms = app.add_subcommand(
+        "alarms",
+        "Print the alarm catalogue (type, enumerator, severity, description); with FILE, the "
+        "set of raised alarms the library reads from it");
+    alarms->add_option("FILE", args.file, "An alarm set document (kind alarms)");
+    addJsonFlag(alarms, args);
+
     for (CLI::App* command : app.get_subcommands({})) {
         command->fallthrough();
     }
@@ -173,6 +182,9 @@ int run(int argc, char** argv) {
     }
     if (templ->parsed()) {
         return runTemplate(args);
+    }
+    if (alarms->parsed()) {
+        return showAlarms(args.file, args.json, std::cout, std::cerr);
     }
     return kUnusable;
 }
