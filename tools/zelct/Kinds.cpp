@@ -14,12 +14,25 @@ std::unique_ptr<IJsonSerializable> make() {
 }  // namespace
 
 const std::vector<Kind>& allKinds() {
+    // clang-format off
     static const std::vector<Kind> kinds = {
-        {"alarms", TopLevel::Object, "the set of raised alarms (AlarmManager)",
-         &make<AlarmManager>},
-        {"alarm", TopLevel::Object, "one alarm: severity, description, type (Alarm)", &make<Alarm>},
-        {"sfp", TopLevel::Object, "an SFP module record (SfpInfo)", &make<SfpInfo>},
+        {"system-info",         TopLevel::Object, "the board's identity and health document (SystemBasicInfo)", &make<SystemBasicInfo>},
+        {"alarms",              TopLevel::Object, "the set of raised alarms, {\"alarms\": [...]} (AlarmManager)", &make<AlarmManager>},
+        {"alarm",               TopLevel::Object, "one alarm: severity, description, type (Alarm)", &make<Alarm>},
+        {"eth",                 TopLevel::Object, "one Ethernet interface with its SFP module, an element of \"eth\" (EthBasicInfo)", &make<EthBasicInfo>},
+        {"eth-bandwidth",       TopLevel::Object, "receive and transmit bandwidth of up to two interfaces (EthBandwidthInfo)", &make<EthBandwidthInfo>},
+        {"sfp",                 TopLevel::Object, "an SFP module record, as under \"sfp\" (SfpInfo)", &make<SfpInfo>},
+        {"video-format",        TopLevel::Object, "a video format, {\"format\": \"1080P59\"} (VideoFormat)", &make<VideoFormat>},
+        {"device-capabilities", TopLevel::Object, "{\"deviceCapabilities\": {...}}: interfaces and stream counts (DeviceCapabilities)", &make<DeviceCapabilities>},
+        {"process-info",        TopLevel::Object, "ports of a service process, as under \"rtsp\" (ProcessBasicInfo)", &make<ProcessBasicInfo>},
+        {"product-info",        TopLevel::Object, "the main-board record, as under \"product-info\" (TarvikInfo)", &make<TarvikInfo>},
+        {"daughter-board",      TopLevel::Object, "a daughter board, as under \"daughter-card\" (DaughterBoard)", &make<DaughterBoard>},
+        {"temperature",         TopLevel::Object, "the FPGA temperature, as under \"temperature\" (SystemTemperature)", &make<SystemTemperature>},
+        {"fan-speed",           TopLevel::Object, "the main fan speed, as under \"fan-speed\" (FanSpeed)", &make<FanSpeed>},
+        {"cpu-load",            TopLevel::Object, "the CPU load averages, as under \"cpu-loadavg\" (CpuLoadAverage)", &make<CpuLoadAverage>},
+        {"system-error",        TopLevel::Object, "one system error, an element of \"errors\" (SystemError)", &make<SystemError>},
     };
+    // clang-format on
     return kinds;
 }
 

@@ -33,6 +33,8 @@ struct Arguments {
     std::string input;
     std::string output;
     std::string file;
+    std::string format;
+    PtimeRequest ptime;
 };
 
 // -v shows the library's debug lines, -vv its verbose ones; errors always show.
@@ -152,6 +154,26 @@ int run(int argc, char** argv) {
         "template", "Print the document that a default-constructed object of KIND writes");
     templ->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
+    CLI::App* video = app.add_subcommand(
+        "video",
+        "Print every figure the library derives for the 29 video formats; with FORMAT (text "
+        "such as 1080P59, or number), that format's figures or the library's error");
+    video->add_option("FORMAT", args.format, "Video format text or number");
+    addJsonFlag(video, args);
+
+    CLI::App* ptime = app.add_subcommand(
+        "ptime",
+        "Packet times of audio streams: with --freq and --spp, the nominal packet time, its "
+        "allowed range and the link offsets; with --freq and --ptime-us, the samples per packet "
+        "a measured packet time converts to; without options, every frequency and its allowed "
+        "samples per packet");
+    CLI::Option* freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz");
+    CLI::Option* spp =
+        ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet");
+    CLI::Option* ptimeUs =
+        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds");
+    addJsonFlag(ptime, args);
+
     CLI::App* alarms = app.add_subcommand(
         "alarms",
         "Print the alarm catalogue (type, enumerator, severity, description); with FILE, the "
@@ -182,6 +204,15 @@ int run(int argc, char** argv) {
     }
     if (templ->parsed()) {
         return runTemplate(args);
+    }
+    if (video->parsed()) {
+        return showVideo(args.format, args.json, std::cout, std::cerr);
+    }
+    if (ptime->parsed()) {
+        args.ptime.hasFreq = freq->count() > 0;
+        args.ptime.hasSamplesPerPacket = spp->count() > 0;
+        args.ptime.hasPtime = ptimeUs->count() > 0;
+        return showPtime(args.ptime, args.json, std::cout, std::cerr);
     }
     if (alarms->parsed()) {
         return showAlarms(args.file, args.json, std::cout, std::cerr);
