@@ -283,8 +283,8 @@ TEST_F(ZelctCheckTest, DocumentWithAWrongJsonTypeIsUnusable) {
     const Outcome outcome = checkDocument(kSfp, parseJson("{\"wavelength\":\"850\"}"), true);
     EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
     EXPECT_EQ(outcome.problem,
-              "/wavelength: a string where the library reads another JSON type (Value is not "
-              "convertible to Int.)");
+              "/wavelength: the library cannot read \"850\" here (Value is not convertible to "
+              "Int.)");
     EXPECT_EQ(exitCodeOf(outcome.status), 2);
 }
 

@@ -14,6 +14,20 @@ namespace zelct {
 
 namespace {
 
+// Longer objects and arrays are summarised in a finding line; --json gives them whole.
+constexpr size_t kLongestQuotedContainer = 72;
+
+std::string quoted(const Json::Value& value) {
+    std::string text = compactJson(value);
+    if (text.size() <= kLongestQuotedContainer || !(value.isObject() || value.isArray())) {
+        return text;
+    }
+    const std::string count = std::to_string(value.size());
+    const char* plural = value.size() == 1 ? "" : "s";
+    return value.isObject() ? "{...} (" + count + " member" + plural + ")"
+                            : "[...] (" + count + " element" + plural + ")";
+}
+
 bool sameReading(const Reading& a, const Reading& b) {
     return a.failed == b.failed && a.error == b.error && a.understood == b.understood &&
            a.log == b.log;
@@ -306,9 +320,8 @@ Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading&
     Outcome outcome;
     if (place.found) {
         Json::Value copy = document;
-        outcome =
-            unusable(pointerText(place.path) + ": " + jsonTypeText(*nodeAt(copy, place.path)) +
-                     " where the library reads another JSON type (" + reading.error + ")");
+        outcome = unusable(pointerText(place.path) + ": the library cannot read " +
+                           quoted(*nodeAt(copy, place.path)) + " here (" + reading.error + ")");
     } else {
         outcome = unusable("the library cannot read it (" + reading.error + ")");
     }
@@ -359,12 +372,11 @@ std::string findingText(const Finding& finding) {
         case Finding::Type::Dropped:
             return where + "dropped (never read)";
         case Finding::Type::Changed:
-            return where + compactJson(finding.original) + " read as " +
-                   compactJson(finding.understood);
+            return where + quoted(finding.original) + " read as " + quoted(finding.understood);
         case Finding::Type::NotWrittenBack:
-            return where + compactJson(finding.original) + " read but not written back";
+            return where + quoted(finding.original) + " read but not written back";
         case Finding::Type::Added:
-            return where + "added with default " + compactJson(finding.understood);
+            return where + "added with default " + quoted(finding.understood);
     }
     return where;
 }

@@ -42,7 +42,8 @@ struct Finding {
 // "dropped", "changed", "not-written-back" or "added".
 const char* findingTypeName(Finding::Type type);
 
-// The finding as one line: "/0/channels/3/name: dropped (never read)".
+// The finding as one line: "/0/channels/3/name: dropped (never read)". Values are compact
+// JSON; an object or array longer than a line's worth is summarised by its size.
 std::string findingText(const Finding& finding);
 
 // Walks the document and what the library understood from it (`baseline`, a successful

@@ -11,12 +11,25 @@ std::unique_ptr<IJsonSerializable> make() {
     return std::make_unique<T>();
 }
 
+// A channel identifier has no default constructor; reading starts from the state that its
+// reading constructor starts from (id 0, "auto", position 0).
+std::unique_ptr<IJsonSerializable> makeChannelId() {
+    return std::make_unique<ChannelId>(0);
+}
+
 }  // namespace
 
 const std::vector<Kind>& allKinds() {
     // clang-format off
     static const std::vector<Kind> kinds = {
         {"system-info",         TopLevel::Object, "the board's identity and health document (SystemBasicInfo)", &make<SystemBasicInfo>},
+        {"channel-tables",      TopLevel::Array,  "the channel tables of a device, one per interface type (ChannelTables)", &make<ChannelTables>},
+        {"channel-table",       TopLevel::Object, "the rows of one interface type, an element of channel-tables (ChannelTable)", &make<ChannelTable>},
+        {"channel-table-entry", TopLevel::Object, "one row of a channel table, an element of \"channels\" (ChannelTableEntry)", &make<ChannelTableEntry>},
+        {"channel-list",        TopLevel::Array,  "the channels one user holds (ChannelList)", &make<ChannelList>},
+        {"channel-id",          TopLevel::Object, "one channel on an interface, an element of channel-list (ChannelId)", &makeChannelId},
+        {"session-streams",     TopLevel::Array,  "the network streams of media sessions (SessionStreamList)", &make<SessionStreamList>},
+        {"session-stream",      TopLevel::Object, "one network stream, an element of session-streams (SessionStreamBasics)", &make<SessionStreamBasics>},
         {"alarms",              TopLevel::Object, "the set of raised alarms, {\"alarms\": [...]} (AlarmManager)", &make<AlarmManager>},
         {"alarm",               TopLevel::Object, "one alarm: severity, description, type (Alarm)", &make<Alarm>},
         {"eth",                 TopLevel::Object, "one Ethernet interface with its SFP module, an element of \"eth\" (EthBasicInfo)", &make<EthBasicInfo>},

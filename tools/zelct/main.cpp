@@ -75,6 +75,7 @@ int runCheck(const Arguments& args) {
             }
         } else {
             printOutcome(file, outcome, std::cout, std::cerr);
+            std::cout.flush();  // keeps the library's lines about the next file after these
         }
     }
     if (args.json) {
@@ -115,6 +116,23 @@ int runTemplate(const Arguments& args) {
     kind->make()->Serialize(document);
     std::cout << document.toStyledString();
     return 0;
+}
+
+// The first word that is not an option, when it names no command. CLI11 would take it for
+// an extra argument and only say that a command is required.
+const char* unknownCommand(CLI::App& app, int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] == '-') {
+            continue;
+        }
+        for (const CLI::App* command : app.get_subcommands({})) {
+            if (command->get_name() == argv[i]) {
+                return nullptr;
+            }
+        }
+        return argv[i];
+    }
+    return nullptr;
 }
 
 void addJsonFlag(CLI::App* command, Arguments& args) {
@@ -185,6 +203,10 @@ int run(int argc, char** argv) {
         command->fallthrough();
     }
 
+    if (const char* command = unknownCommand(app, argc, argv)) {
+        std::cerr << "zelct: unknown command '" << command << "' (zelct --help lists them)\n";
+        return kUnusable;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
