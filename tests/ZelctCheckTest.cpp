@@ -14,6 +14,7 @@
 #include "Kinds.h"
 #include "Log.h"
 #include "Report.h"
+#include "SessionStreamList.h"
 #include "SfpInfo.h"
 #include "TempDir.h"
 
@@ -79,6 +80,27 @@ private:
     StreamType type;
 };
 
+// Reads "v" of the first four elements of "items" only, and writes "v" of every element it
+// holds, 0 beyond the fourth: the same member is read in some elements and not in others.
+class FirstFourRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override {
+        for (Json::ArrayIndex i = 0; i < count; ++i) {
+            root["items"][i]["v"] = i < 4 ? values[i] : 0;
+        }
+    }
+    void Deserialize(Json::Value& root) override {
+        count = root["items"].size();
+        for (Json::ArrayIndex i = 0; i < count && i < 4; ++i) {
+            values[i] = root["items"][i].get("v", 0).asInt();
+        }
+    }
+
+private:
+    Json::ArrayIndex count = 0;
+    int values[4] = {0, 0, 0, 0};
+};
+
 template <class T>
 std::unique_ptr<IJsonSerializable> make() {
     return std::make_unique<T>();
@@ -89,6 +111,8 @@ const Kind kFormat{"format", TopLevel::Object, "", &make<FormatRecord>};
 const Kind kState{"state", TopLevel::Object, "", &make<StateRecord>};
 const Kind kStreamType{"stream-type", TopLevel::Object, "", &make<StreamTypeRecord>};
 const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
+const Kind kFirstFour{"first-four", TopLevel::Object, "", &make<FirstFourRecord>};
+const Kind kStreams{"session-streams", TopLevel::Array, "", &make<SessionStreamList>};
 const Kind kAlarms{"alarms", TopLevel::Object, "", &make<AlarmManager>};
 
 std::vector<std::string> texts(const std::vector<Finding>& findings) {
@@ -269,6 +293,35 @@ TEST_F(ZelctCheckTest, SecondAlarmOfOneKindIsReadButNotWrittenBack) {
                                        "\"type\":5} read but not written back"});
 }
 
+TEST_F(ZelctCheckTest, SmallDocumentIsDecidedNodeByNode) {
+    Json::Value document;
+    for (int i = 0; i < 6; ++i) {
+        document["items"][i]["v"] = 1.5;
+    }
+    EXPECT_EQ(texts(findDifferences(kFirstFour, document, readAs(kFirstFour, document))),
+              (std::vector<std::string>{"/items/0/v: 1.5 read as 1", "/items/1/v: 1.5 read as 1",
+                                        "/items/2/v: 1.5 read as 1", "/items/3/v: 1.5 read as 1",
+                                        "/items/4/v: dropped (never read)",
+                                        "/items/5/v: dropped (never read)"}));
+}
+
+TEST_F(ZelctCheckTest, LongListGetsOneFindingPerElement) {
+    SessionStreamBasics stream;
+    stream.type.setValue(StreamType::STREAM_AUDIO);
+    Json::Value element;
+    stream.Serialize(element);
+    element["state"] = "enabled";
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 1000; ++i) {
+        document.append(element);
+    }
+    const std::vector<Finding> findings =
+        findDifferences(kStreams, document, readAs(kStreams, document));
+    ASSERT_EQ(findings.size(), 1000u);
+    EXPECT_EQ(findingText(findings[0]), "/0/state: \"enabled\" read as \"Disabled\"");
+    EXPECT_EQ(findingText(findings[999]), "/999/state: \"enabled\" read as \"Disabled\"");
+}
+
 // ---- unusable documents ----
 
 TEST_F(ZelctCheckTest, WrongJsonTypeIsLocatedAtTheDeepestNode) {
@@ -277,6 +330,20 @@ TEST_F(ZelctCheckTest, WrongJsonTypeIsLocatedAtTheDeepestNode) {
     const FailurePlace place = locateFailure(kAlarms, document);
     ASSERT_TRUE(place.found);
     EXPECT_EQ(pointerText(place.path), "/alarms/1/type");
+}
+
+TEST_F(ZelctCheckTest, FirstRejectedNodeIsReportedWithItsOwnError) {
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 100; ++i) {
+        SessionStreamBasics().Serialize(document[i]);
+    }
+    document[40]["session"] = "forty";
+    document[70]["linked"] = 1;
+    document[70]["name"] = Json::Value(Json::arrayValue);
+    const FailurePlace place = locateFailure(kStreams, document);
+    ASSERT_TRUE(place.found);
+    EXPECT_EQ(pointerText(place.path), "/40/session");
+    EXPECT_EQ(place.error, "Value is not convertible to UInt64.");
 }
 
 TEST_F(ZelctCheckTest, DocumentWithAWrongJsonTypeIsUnusable) {

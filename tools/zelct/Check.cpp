@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -101,68 +102,114 @@ size_t likeness(const Json::Value& a, const Json::Value& b) {
 // Beyond this many candidate pairs, elements that differ simply pair by position.
 constexpr size_t kPairingBudget = 250000;
 
-// For each original element, the index of the understood element it pairs with, or -1.
-// Equal elements pair first, by position and then anywhere; then the most alike pairs, a
-// pair in the same position winning a tie; what is left pairs by position.
-std::vector<int> pairElements(const Json::Value& original, const Json::Value& understood) {
-    const Json::ArrayIndex count = original.size();
-    const Json::ArrayIndex available = understood.size();
-    std::vector<int> partner(count, -1);
-    std::vector<bool> taken(available, false);
-    auto pair = [&](Json::ArrayIndex i, Json::ArrayIndex j) {
-        partner[i] = static_cast<int>(j);
-        taken[j] = true;
-    };
-    for (Json::ArrayIndex i = 0; i < count && i < available; ++i) {
-        if (sameValue(original[i], understood[i])) {
-            pair(i, i);
+// Pairs the elements of an original array with those of the understood one. Equal elements
+// pair first, by position and then anywhere; then the most alike pairs, a pair in the same
+// position winning a tie; what is left pairs by position. Only by position for long arrays.
+class ElementPairing {
+public:
+    ElementPairing(const Json::Value& original, const Json::Value& understood)
+        : original_(original),
+          understood_(understood),
+          partner_(original.size(), -1),
+          taken_(understood.size(), false) {
+        pairEqualInPlace();
+        if (static_cast<size_t>(original.size()) * understood.size() <= kPairingBudget) {
+            pairEqualElsewhere();
+            pairMostAlike();
         }
+        pairByPosition();
     }
-    for (Json::ArrayIndex i = 0; i < count; ++i) {
-        for (Json::ArrayIndex j = 0; partner[i] < 0 && j < available; ++j) {
-            if (!taken[j] && sameValue(original[i], understood[j])) {
-                pair(i, j);
-            }
-        }
-    }
+
+    // For each original element, the index of the understood element it pairs with, or -1.
+    const std::vector<int>& partners() const { return partner_; }
+
+private:
     struct Candidate {
         size_t alike;
         bool samePosition;
         Json::ArrayIndex i;
         Json::ArrayIndex j;
     };
-    std::vector<Candidate> candidates;
-    if (static_cast<size_t>(count) * available <= kPairingBudget) {
-        for (Json::ArrayIndex i = 0; i < count; ++i) {
-            for (Json::ArrayIndex j = 0; partner[i] < 0 && j < available; ++j) {
-                const size_t alike = taken[j] ? 0 : likeness(original[i], understood[j]);
+
+    void pair(Json::ArrayIndex i, Json::ArrayIndex j) {
+        partner_[i] = static_cast<int>(j);
+        taken_[j] = true;
+    }
+
+    void pairEqualInPlace() {
+        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
+            if (sameValue(original_[i], understood_[i])) {
+                pair(i, i);
+            }
+        }
+    }
+
+    void pairEqualElsewhere() {
+        for (Json::ArrayIndex i = 0; i < original_.size(); ++i) {
+            for (Json::ArrayIndex j = 0; partner_[i] < 0 && j < understood_.size(); ++j) {
+                if (!taken_[j] && sameValue(original_[i], understood_[j])) {
+                    pair(i, j);
+                }
+            }
+        }
+    }
+
+    void pairMostAlike() {
+        std::vector<Candidate> candidates;
+        for (Json::ArrayIndex i = 0; i < original_.size(); ++i) {
+            for (Json::ArrayIndex j = 0; partner_[i] < 0 && j < understood_.size(); ++j) {
+                const size_t alike = taken_[j] ? 0 : likeness(original_[i], understood_[j]);
                 if (alike > 0) {
                     candidates.push_back({alike, i == j, i, j});
                 }
             }
         }
-    }
-    std::stable_sort(
-        candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
-            return a.alike != b.alike ? a.alike > b.alike : a.samePosition && !b.samePosition;
-        });
-    for (const Candidate& candidate : candidates) {
-        if (partner[candidate.i] < 0 && !taken[candidate.j]) {
-            pair(candidate.i, candidate.j);
+        std::stable_sort(
+            candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+                return a.alike != b.alike ? a.alike > b.alike : a.samePosition && !b.samePosition;
+            });
+        for (const Candidate& candidate : candidates) {
+            if (partner_[candidate.i] < 0 && !taken_[candidate.j]) {
+                pair(candidate.i, candidate.j);
+            }
         }
     }
-    for (Json::ArrayIndex i = 0; i < count && i < available; ++i) {
-        if (partner[i] < 0 && !taken[i]) {
-            pair(i, i);
+
+    void pairByPosition() {
+        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
+            if (partner_[i] < 0 && !taken_[i]) {
+                pair(i, i);
+            }
         }
     }
-    return partner;
+
+    const Json::Value& original_;
+    const Json::Value& understood_;
+    std::vector<int> partner_;
+    std::vector<bool> taken_;
+};
+
+size_t nodeCount(const Json::Value& value) {
+    size_t count = 1;
+    for (auto it = value.begin(); it != value.end(); ++it) {
+        count += nodeCount(*it);
+    }
+    return count;
+}
+
+// The path with every array index written as "*": /0/channels/3/name -> /*/channels/*/name.
+std::string patternText(const JsonPath& path) {
+    std::string text;
+    for (const PathStep& step : path) {
+        text += step.isIndex ? "/*" : "/" + pointerText({step}).substr(1);
+    }
+    return text;
 }
 
 class Comparison {
 public:
     Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline)
-        : kind_(kind), document_(document), baseline_(baseline) {}
+        : kind_(kind), document_(document), baseline_(baseline), nodes_(nodeCount(document)) {}
 
     std::vector<Finding> run() {
         JsonPath path;
@@ -206,7 +253,7 @@ private:
     // its own order): an element equal to one elsewhere pairs with it, and an element that
     // differs pairs with the one that shares most of its members.
     void walkElements(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
-        const std::vector<int> partner = pairElements(original, understood);
+        const std::vector<int> partner = ElementPairing(original, understood).partners();
         std::vector<bool> paired(understood.size(), false);
         for (Json::ArrayIndex i = 0; i < original.size(); ++i) {
             path.push_back(PathStep::element(i));
@@ -249,7 +296,7 @@ private:
         // An empty member that the class does not write back says nothing the reading
         // would miss, as long as the reading is the same without it.
         if (isEmptyValue(original) &&
-            sameReading(readAs(kind_, removedAt(document_, path)), baseline_)) {
+            decide("empty", path, [&] { return !changesReading(removedAt(document_, path)); })) {
             return;
         }
         const Finding::Type type =
@@ -257,7 +304,31 @@ private:
         findings_.push_back({type, path, original, Json::Value()});
     }
 
-    bool isRead(const Json::Value& original, const JsonPath& path) const {
+    bool isRead(const Json::Value& original, const JsonPath& path) {
+        return decide(jsonTypeText(original), path, [&] { return probeRead(original, path); });
+    }
+
+    // Each decision reads the whole document again, so a long list whose elements all differ
+    // alike would cost the square of its length. Past a budget of work, once the same
+    // question about the same member of every element (the path with its indices left out)
+    // has had the same answer a few times, that answer holds for the other elements. Small
+    // documents are always decided node by node.
+    template <class Compute>
+    bool decide(const char* question, const JsonPath& path, Compute compute) {
+        Verdict& verdict = verdicts_[std::string(question) + " " + patternText(path)];
+        if (rereads_ * nodes_ > kExactWork && verdict.seen >= kTrustedAfter && verdict.agreed) {
+            return verdict.answer;
+        }
+        const bool answer = compute();
+        if (verdict.seen > 0 && answer != verdict.answer) {
+            verdict.agreed = false;
+        }
+        verdict.answer = answer;
+        ++verdict.seen;
+        return answer;
+    }
+
+    bool probeRead(const Json::Value& original, const JsonPath& path) {
         if (changesReading(replacedAt(document_, path, probeValue())) ||
             changesReading(removedAt(document_, path))) {
             return true;
@@ -267,14 +338,26 @@ private:
                changesReading(replacedAt(document_, path, other));
     }
 
-    bool changesReading(const Json::Value& perturbed) const {
+    bool changesReading(const Json::Value& perturbed) {
+        ++rereads_;
         return !sameReading(readAs(kind_, perturbed), baseline_);
     }
+
+    struct Verdict {
+        int seen = 0;
+        bool agreed = true;
+        bool answer = false;
+    };
+    static constexpr int kTrustedAfter = 3;
+    static constexpr size_t kExactWork = 2000000;  // nodes read again, all readings together
 
     const Kind& kind_;
     const Json::Value& document_;
     const Reading& baseline_;
     std::vector<Finding> findings_;
+    std::map<std::string, Verdict> verdicts_;
+    size_t rereads_ = 0;
+    size_t nodes_;
 };
 
 std::vector<JsonPath> childPaths(const Json::Value& node, const JsonPath& path) {
@@ -293,8 +376,19 @@ std::vector<JsonPath> childPaths(const Json::Value& node, const JsonPath& path) 
     return children;
 }
 
-bool readsWithNullAt(const Kind& kind, const Json::Value& document, const JsonPath& path) {
-    return !readAs(kind, replacedAt(document, path, Json::Value())).failed;
+// The document with the children from `first` on replaced by null.
+Json::Value withNullsFrom(const Json::Value& document, const std::vector<JsonPath>& children,
+                          size_t first) {
+    Json::Value copy = document;
+    for (size_t i = first; i < children.size(); ++i) {
+        *nodeAt(copy, children[i]) = Json::Value();
+    }
+    return copy;
+}
+
+bool readsWithNullsFrom(const Kind& kind, const Json::Value& document,
+                        const std::vector<JsonPath>& children, size_t first) {
+    return !readAs(kind, withNullsFrom(document, children, first)).failed;
 }
 
 const char* fileMgrMeaning(int code) {
@@ -320,8 +414,9 @@ Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading&
     Outcome outcome;
     if (place.found) {
         Json::Value copy = document;
+        const std::string& error = place.error.empty() ? reading.error : place.error;
         outcome = unusable(pointerText(place.path) + ": the library cannot read " +
-                           quoted(*nodeAt(copy, place.path)) + " here (" + reading.error + ")");
+                           quoted(*nodeAt(copy, place.path)) + " here (" + error + ")");
     } else {
         outcome = unusable("the library cannot read it (" + reading.error + ")");
     }
@@ -387,21 +482,35 @@ std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& docume
 }
 
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
+    // Null reads as the defaults, so nulling more children never makes a reading fail. The
+    // first child that the reading rejects is the last one that must keep its value for the
+    // reading to fail while every child after it is null; with those nulled, the search goes
+    // on inside it. Bisection keeps long arrays cheap.
     FailurePlace place;
+    Json::Value work = document;
     JsonPath path;
-    Json::Value copy = document;
-    bool descended = true;
-    while (descended) {
-        descended = false;
-        for (const JsonPath& child : childPaths(*nodeAt(copy, path), path)) {
-            if (readsWithNullAt(kind, document, child)) {
-                place.found = true;
-                place.path = child;
-                path = child;
-                descended = true;
-                break;
+    while (true) {
+        const std::vector<JsonPath> children = childPaths(*nodeAt(work, path), path);
+        if (children.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
+            break;
+        }
+        size_t reads = 0;                // reading succeeds with children[reads..] null
+        size_t fails = children.size();  // reading fails with children[fails..] null
+        while (fails - reads > 1) {
+            const size_t middle = reads + (fails - reads) / 2;
+            if (readsWithNullsFrom(kind, work, children, middle)) {
+                reads = middle;
+            } else {
+                fails = middle;
             }
         }
+        work = withNullsFrom(work, children, reads + 1);
+        path = children[reads];
+        place.found = true;
+        place.path = path;
+    }
+    if (place.found) {
+        place.error = readAs(kind, work).error;
     }
     return place;
 }

@@ -54,12 +54,14 @@ std::string findingText(const Finding& finding);
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline);
 
-// Where a reading that throws goes wrong: the deepest node whose replacement by null (read
-// as the defaults) lets the reading succeed, searched in document order. `found` is false
-// when no single node does.
+// Where a reading that throws goes wrong: the first node in document order that the reading
+// rejects, as deep as replacing nodes by null (read as the defaults) can tell, and what the
+// reading says about it alone. `found` is false when nulling the document's members does not
+// let the reading succeed.
 struct FailurePlace {
     bool found = false;
     JsonPath path;
+    std::string error;
 };
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document);
 
