@@ -1,8 +1,23 @@
 #pragma once
 
 // Every public header of libzelCommonTypes.
+#include "Alarm.h"
+#include "AlarmManager.h"
+#include "ChannelId.h"
+#include "ChannelList.h"
+#include "ChannelTPCStats.h"
+#include "ChannelTableEntry.h"
+#include "ChannelTables.h"
 #include "DaifType.h"
+#include "DeviceCapabilities.h"
+#include "EthBasicInfo.h"
 #include "FileMgr.h"
 #include "IJsonSerializable.h"
 #include "Logger.h"
+#include "MoveAverage.h"
+#include "PacketTimeOptions.h"
+#include "SessionStreamList.h"
 #include "SfpInfo.h"
+#include "SystemBasicInfo.h"
+#include "TarvikInfo.h"
+#include "VideoFormat.h"

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <list>
+
+#include "ChannelTableEntry.h"
+#include "DaifType.h"
+#include "IJsonSerializable.h"
+#include "zelCommonTypesExport.h"
+
+// The rows of a channel table that belong to one physical interface type.
+//
+// JSON form: {"type": 3, "string": "madi", "channels": [entry, ...]}. A table without rows
+// writes no "channels" member at all. The holders add and read rows through `entries`.
+//
+// Reading takes the interface type as DaifType does (a non-empty "string" decides, otherwise
+// "type", default 12) and appends one row per element of "channels": the rows already held
+// stay, so reading the same document twice holds every row twice. A missing "string" or
+// "channels" is added to the caller's document as a null member. jsoncpp raises
+// Json::LogicError when the value handed over is neither null nor an object, when
+// "channels" is a non-empty object, or when a row cannot be read (see ChannelTableEntry);
+// the rows read before it stay appended. Nothing else is thrown.
+class ZELCT_API ChannelTable : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    std::list<ChannelTableEntry> entries;
+    DaifType type;
+};
+
+// The channel tables a device holds, in the order they were added; written as a bare JSON
+// array of tables. An empty set writes nothing: a null value stays null.
+//
+// Reading appends one table per element of the array and keeps the tables already held.
+// jsoncpp raises Json::LogicError when the value handed over is a non-empty object or when a
+// table cannot be read (see ChannelTable); the tables read before it stay appended. A
+// scalar, like null, reads as no tables. Nothing else is thrown.
+class ZELCT_API ChannelTables : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    std::list<ChannelTable> tables;
+};

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <cstdint>
+#include <string>
+
+#include "IJsonSerializable.h"
+#include "zelCommonTypesExport.h"
+
+// How many media IP interfaces the device has and how many streams of each media kind it
+// can send and receive. Unlike the other records it writes its own wrapper: it is handed
+// the parent object and sets in it
+//   "deviceCapabilities": {
+//       "numMediaIpInterfaces": int,
+//       "sendersStreamCount":   {"audio": int, "video": int, "ancillary": int},
+//       "receiversStreamCount": {"audio": int, "video": int, "ancillary": int}
+//   }
+//
+// Reading is deliberately lopsided: without "deviceCapabilities" nothing changes; with it,
+// a missing "numMediaIpInterfaces" reads as 0, whereas a missing "sendersStreamCount" or
+// "receiversStreamCount" leaves its three counts as they were. A count missing inside a
+// present count object reads as 0.
+//
+// Exceptions: reading raises Json::LogicError when the parent, "deviceCapabilities" or a
+// count object is neither an object nor null, and when a number holds text, an array, an
+// object or a value outside the 32-bit signed range. Nothing else is thrown.
+class ZELCT_API DeviceCapabilities : public IJsonSerializable {
+public:
+    DeviceCapabilities();
+
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    int numMediaIpInterfaces;
+    int sendersAudio;
+    int sendersVideo;
+    int sendersAncillary;
+    int receiversAudio;
+    int receiversVideo;
+    int receiversAncillary;
+};
+
+// The Ethernet port and TPC port of one service process. JSON, written into the object
+// handed over:
+//   "eth-port"  string  empty when missing
+//   "tpc-port"  uint    0 when missing
+//
+// Exceptions: reading raises Json::LogicError when the object handed over is neither an
+// object nor null, when "eth-port" holds an array or an object, and when "tpc-port" is
+// negative, out of range, text, an array or an object. Nothing else is thrown.
+class ZELCT_API ProcessBasicInfo : public IJsonSerializable {
+public:
+    ProcessBasicInfo();
+
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    std::string ethPort;
+    std::uint32_t tpcPort;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+#include "DaifType.h"
+#include "IJsonSerializable.h"
+#include "zelCommonTypesExport.h"
+
+// One network stream of a media session.
+//
+// JSON form (the stream type and state are written by name, into the record's own object):
+//   "stream"          uint64  stream id
+//   "stream-hw-id"    uint32  hardware stream number
+//   "session"         uint64  session id
+//   "name"            string
+//   "stream-name"     string
+//   "remote-sid"      uint64  remote session id
+//   "remote-sid-str"  string  the remote session id in decimal, for readers without 64-bit
+//                             integers; written only, never read
+//   "redundant-type"  string
+//   "type"            string  "audio", "video", "ancillary", "test", otherwise "undefined"
+//   "state"           string  "Disabled", "Enabled", "Paused", otherwise "Undefined"
+//
+// Reading takes 0 or "" for missing keys, except "redundant-type", which reads as "none"
+// (a fresh record holds ""). An unknown type text, "test" included, keeps the type; an
+// unknown state text gives Disabled. "stream-hw-id" keeps its low 32 bits. jsoncpp raises
+// Json::LogicError when a member cannot be converted (a negative number or a text under a
+// numeric key, an object or array anywhere) and when the value handed over is neither null
+// nor an object; the members read before it keep their new values. Nothing else is thrown.
+class ZELCT_API SessionStreamBasics : public IJsonSerializable {
+public:
+    SessionStreamBasics();
+
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    uint64_t session;
+    uint64_t stream;
+    uint32_t streamHwId;
+    std::string name;
+    std::string streamName;
+    State state;
+    uint64_t remoteSid;
+    StreamType type;
+    std::string redundantType;
+};
+
+// Session stream records in the order they were added, written as a bare JSON array.
+//
+// The records are read through getList() and added with add(). An empty list writes
+// nothing. Reading appends every element of the array to the list and never clears it:
+// reading the same array twice holds every record twice; start from a new list for a
+// fresh one.
+//
+// Reading raises Json::LogicError when the value handed over is a non-empty object or when
+// an element cannot be read as a record (see SessionStreamBasics); the records read before
+// it stay appended. A scalar, like null, reads as no elements. Nothing else is thrown.
+class ZELCT_API SessionStreamList : public IJsonSerializable {
+public:
+    const std::list<SessionStreamBasics>& getList() const { return streams; }
+    void add(const SessionStreamBasics& record) { streams.push_back(record); }
+
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+private:
+    std::list<SessionStreamBasics> streams;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <list>
+#include <string>
+
+#include "DeviceCapabilities.h"
+#include "EthBasicInfo.h"
+#include "IJsonSerializable.h"
+#include "TarvikInfo.h"
+#include "zelCommonTypesExport.h"
+
+// The board as a whole: firmware, product, bitstream, serial number, chip identity, Ethernet
+// interfaces, two service processes, temperature, fan, MADI lock, capabilities, main-board
+// record, CPU load and current system errors. Callers fill and read the fields directly.
+//
+// JSON form, written into the top-level object handed over, in this order:
+//   "fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
+//   "serial-number"   strings
+//   "madi-lock"       bool
+//   "eth"             array of EthBasicInfo objects; not written for an empty list
+//   "rtsp", "advertisement"   ProcessBasicInfo objects
+//   "temperature"     {"fpga": int}
+//   "fan-speed"       {"main": int}
+//   "cpu-loadavg"     the three load averages of CpuLoadAverage
+//   "product-info"    TarvikInfo object; written only when the product is exactly "TARVIK"
+//   "errors"          array of {"code": int, "description": string}; not written when empty
+//   "deviceCapabilities"  written by DeviceCapabilities itself
+// Each member is set whole, replacing what the object held under that key; other keys stay.
+//
+// Reading fills every field, missing members taking their defaults, with two deliberate
+// asymmetries: the serial number reads as "NA" when missing although a new record holds an
+// empty one, and "product-info" is always read, whatever the product, so a record whose
+// product is not "TARVIK" comes back from its own document with a main-board record of -1.
+// Both lists are emptied before they are read. The capabilities keep their values when the
+// document has no "deviceCapabilities". Reading reaches "rtsp", "advertisement", "eth",
+// "temperature", "fan-speed", "product-info", "cpu-loadavg" and "errors" through the
+// non-const member access, so a document that lacks them gains null members of those names.
+// Every Ethernet element is read by EthBasicInfo, which logs an unparsable or missing
+// address or mask.
+//
+// Exceptions: reading raises Json::LogicError when the document, "rtsp", "advertisement",
+// "temperature", "fan-speed", "product-info", "cpu-loadavg" or an element of "eth" or
+// "errors" is neither an object nor null, when "eth" or "errors" is a non-empty object, and
+// whatever the member records raise for their own members. A scalar where "eth" or "errors"
+// belongs reads as an empty list. Nothing else is thrown.
+class ZELCT_API SystemBasicInfo : public IJsonSerializable {
+public:
+    SystemBasicInfo();
+
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
+
+    std::string fwVersion;
+    std::string fwDate;
+    std::string product;
+    std::string bitstream;
+    std::string serialNumber;
+    std::list<EthBasicInfo> eth;
+    ProcessBasicInfo rtsp;
+    ProcessBasicInfo advertisement;
+    std::string chipidVersion;
+    std::string chipidName;
+    SystemTemperature temperature;
+    FanSpeed fanSpeed;
+    bool madiLock;
+    DeviceCapabilities deviceCapabilities;
+    TarvikInfo productInfo;
+    CpuLoadAverage cpuLoadavg;
+    std::list<SystemError> errors;
+};
