@@ -36,11 +36,21 @@ inline bool parse(const uint8_t* data, size_t size, Json::Value& root) {
     return reader->parse(begin, begin + size, &root, &errors);
 }
 
+// How a target builds a blank object of a class and what else it asks of an object that was
+// read; a target specializes it for a class without a default constructor or with
+// operations that work on what was read.
+template <typename Document>
+struct Handling {
+    static Document make() { return Document(); }
+    static void exercise(Document&) {}
+};
+
 // Reads the document twice into one object (containers append on the second read), keeps
-// whatever was read before jsoncpp threw, and writes the object and a copy of it back.
+// whatever was read before jsoncpp threw, puts the object's own operations to work on it and
+// writes the object and a copy of it back.
 template <typename Document>
 void readAndWrite(Json::Value document) {
-    Document object;
+    Document object = Handling<Document>::make();
     for (int pass = 0; pass < 2; ++pass) {
         try {
             object.Deserialize(document);
@@ -48,6 +58,7 @@ void readAndWrite(Json::Value document) {
             // The documented outcome for a value of the wrong JSON type.
         }
     }
+    Handling<Document>::exercise(object);
     Json::Value written;
     object.Serialize(written);
     Document copy = object;
