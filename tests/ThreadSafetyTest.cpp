@@ -12,10 +12,17 @@
 #include <thread>
 #include <vector>
 
+#include "AlarmManager.h"
+#include "ChannelList.h"
+#include "ChannelTables.h"
 #include "DaifType.h"
 #include "LogCapture.h"
 #include "Logger.h"
+#include "PacketTimeOptions.h"
+#include "SessionStreamList.h"
 #include "SfpInfo.h"
+#include "SystemBasicInfo.h"
+#include "VideoFormat.h"
 
 namespace {
 
@@ -189,4 +196,179 @@ TEST(ThreadSafety, IndependentFoundationRecordsSerializeInParallelAsAlone) {
     EXPECT_NE(alone[0], alone[1]);
     EXPECT_NE(alone[0].find("\"serial-number\" : \"SN199\""), std::string::npos);
     EXPECT_NE(alone[3].find("\"string\" : \"madi\""), std::string::npos);
+}
+
+namespace {
+
+using PTO = PacketTimeOptions;
+
+struct PacketTimeRun {
+    std::vector<int> results;
+    std::vector<LogCapture::Line> lines;
+};
+
+// Every packet-time operation over a spread of packet times and frequencies, one unknown
+// frequency among them, with a line of the caller's own logged between them. Returns the
+// results in call order; the log lines are collected by the caller's capture.
+std::vector<int> askPacketTimeRules(int index) {
+    static const unsigned int frequencies[] = {44100, 48000, 88200, 96000, 32000};
+    std::vector<int> results;
+    for (unsigned int ptime = 50; ptime <= 4400; ptime += 37) {
+        for (unsigned int number : frequencies) {
+            PTO::channelFreq_e freq = PTO::FREQ_48000;
+            results.push_back(PTO::toChannelFreqEnum(number, freq));
+            results.push_back(PTO::isValidChannelFreqOption(number));
+            const auto given = static_cast<PTO::channelFreq_e>(number);
+            PTO::samplesPerPkt_e samples = PTO::SPP_0;
+            results.push_back(PTO::convertPtimeToSamplesPerPacket(ptime, given, samples));
+            results.push_back(samples);
+            if (results[results.size() - 4] == PTO::kOk) {
+                results.push_back(PTO::checkPacketTimeValid(ptime, PTO::SPP_48, freq));
+                results.push_back(PTO::calculatePacketTimeUs(PTO::SPP_192, freq));
+                results.push_back(static_cast<int>(PTO::getAllowedPtimeRange(freq)));
+            }
+        }
+        PTO::samplesPerPkt_e samples = PTO::SPP_0;
+        results.push_back(PTO::toSamplesPerPacketEnum(ptime % 200, samples));
+        results.push_back(static_cast<int>(PTO::getLinkOffsetDefault(ptime)));
+        results.push_back(static_cast<int>(PTO::getLinkOffsetMinimum(ptime)));
+        Logger::log(Logger::logInfo, "INF::thread %d asked about %u us", index, ptime);
+    }
+    return results;
+}
+
+PacketTimeRun runPacketTimeRulesAlone(int index) {
+    LogCapture log;
+    PacketTimeRun run;
+    run.results = askPacketTimeRules(index);
+    run.lines = log.lines();
+    return run;
+}
+
+}  // namespace
+
+TEST(ThreadSafety, PacketTimeRulesAndLoggingFromEightThreadsMatchASerialRun) {
+    const auto alone = runOneAfterAnother<PacketTimeRun>(runPacketTimeRulesAlone);
+
+    LogCapture log;
+    const auto together = runAtOnce<std::vector<int>>(askPacketTimeRules);
+
+    std::vector<LogCapture::Line> expectedLines;
+    for (int index = 0; index < kThreads; ++index) {
+        EXPECT_EQ(together[static_cast<size_t>(index)], alone[static_cast<size_t>(index)].results)
+            << "thread " << index;
+        const auto& lines = alone[static_cast<size_t>(index)].lines;
+        expectedLines.insert(expectedLines.end(), lines.begin(), lines.end());
+    }
+    EXPECT_EQ(sortedTexts(log.lines()), sortedTexts(expectedLines));
+
+    // The serial run itself holds the documented answers.
+    const auto& first = alone[0];
+    const auto accepted =
+        std::count_if(first.lines.begin(), first.lines.end(),
+                      [](const LogCapture::Line& line) { return line.first == Logger::logDebug; });
+    EXPECT_GT(accepted, 0);
+    EXPECT_NE(std::find(first.lines.begin(), first.lines.end(),
+                        logLine(Logger::logError,
+                                "ERR::'132:' Function called with invalid channel_freq parameter "
+                                "'32000'. The channel_freq must be validated before this function "
+                                "is used")),
+              first.lines.end());
+    EXPECT_NE(std::find(first.lines.begin(), first.lines.end(),
+                        logLine(Logger::logInfo, "INF::thread 0 asked about 1012 us")),
+              first.lines.end());
+}
+
+namespace {
+
+// Builds, writes, reads back and writes again documents of every family, each thread with
+// objects of its own; returns the texts written.
+std::string serializeDocuments(int index) {
+    std::string texts;
+    for (int round = 0; round < 20; ++round) {
+        const int n = index * 100 + round;
+
+        SystemBasicInfo system;
+        system.product = round % 2 == 0 ? "TARVIK" : "other";
+        system.serialNumber = "SN" + std::to_string(n);
+        EthBasicInfo eth;
+        eth.ethName = "eth" + std::to_string(index);
+        eth.ipv4 = 0x0A000000u + static_cast<unsigned>(n);
+        eth.networkMask = 0xFFFFFF00u;
+        system.eth.push_back(eth);
+        SystemError error;
+        error.code = n;
+        error.description = "error " + std::to_string(n);
+        system.errors.push_back(error);
+
+        ChannelTables tables;
+        ChannelTable table;
+        table.type.setValueAndName(round % 13);
+        ChannelTableEntry entry;
+        entry.id = n;
+        entry.nameInput = "in " + std::to_string(n);
+        entry.input.remoteSid = 18446744073709551615ull - static_cast<unsigned>(n);
+        entry.input.state.setName("Enabled");
+        table.entries.push_back(entry);
+        tables.tables.push_back(table);
+
+        ChannelList channels;
+        channels.addChannel(ChannelId(n, "aes10", static_cast<unsigned char>(round)));
+        channels.addChannel(ChannelId(n + 1, "sdi-audio", static_cast<unsigned char>(round)));
+        ChannelId removed(n, "madi", 0);
+        channels.removeLocalChannel(removed);
+
+        AlarmManager alarms;
+        alarms.setAlarm(static_cast<Alarm::AlarmType>(round % 30), Alarm::ALARM_ON);
+        alarms.setAlarm(Alarm::LINK_DOWN, Alarm::ALARM_ON, AlarmSeverity::SEVERITY_CRITICAL);
+
+        SessionStreamList streams;
+        streams.add(entry.input);
+
+        VideoFormat format(static_cast<VideoFormat::video_format_t>(1 + (n % 29)));
+
+        Json::Value doc;
+        system.Serialize(doc["system"]);
+        tables.Serialize(doc["tables"]);
+        channels.Serialize(doc["channels"]);
+        alarms.Serialize(doc["alarms"]);
+        streams.Serialize(doc["streams"]);
+        format.Serialize(doc["video"]);
+
+        SystemBasicInfo systemBack;
+        systemBack.Deserialize(doc["system"]);
+        ChannelTables tablesBack;
+        tablesBack.Deserialize(doc["tables"]);
+        ChannelList channelsBack;
+        channelsBack.Deserialize(doc["channels"]);
+        AlarmManager alarmsBack;
+        alarmsBack.Deserialize(doc["alarms"]);
+        SessionStreamList streamsBack;
+        streamsBack.Deserialize(doc["streams"]);
+        VideoFormat formatBack;
+        formatBack.Deserialize(doc["video"]);
+
+        Json::Value again;
+        systemBack.Serialize(again["system"]);
+        tablesBack.Serialize(again["tables"]);
+        channelsBack.Serialize(again["channels"]);
+        alarmsBack.Serialize(again["alarms"]);
+        streamsBack.Serialize(again["streams"]);
+        formatBack.Serialize(again["video"]);
+        texts += again.toStyledString();
+    }
+    return texts;
+}
+
+}  // namespace
+
+TEST(ThreadSafety, IndependentDocumentsOfEveryFamilySerializeInParallelAsAlone) {
+    LogCapture log;  // the alarm status lines, kept off the test output
+    const auto alone = runOneAfterAnother<std::string>(serializeDocuments);
+    const auto together = runAtOnce<std::string>(serializeDocuments);
+    EXPECT_EQ(together, alone);
+    EXPECT_NE(alone[0], alone[1]);
+    EXPECT_NE(alone[2].find("\"ipv4\" : \"10.0.0.219\""), std::string::npos);
+    EXPECT_NE(alone[1].find("\"remote-sid-str\" : \"18446744073709551515\""), std::string::npos);
+    EXPECT_NE(alone[0].find("\"format\" : \"1080P60\""), std::string::npos);
 }
