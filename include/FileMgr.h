@@ -54,6 +54,8 @@ public:
     // and the temporary is removed; a -41 from syncing the folder comes after the rename,
     // when the new text is in place but not known to be on disk.
     // The new file takes the permissions of the file it replaces, or 0666 less the umask.
-    // A symbolic link at the path is replaced by the file, not written through.
+    // Only a regular file (or nothing) at the path is replaced: an empty path, a directory
+    // and a FIFO, device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they
+    // are. A symbolic link at the path is replaced by the file, not written through.
     int storeLocalCfgDurable(const std::string& path, const Json::Value& root);
 };

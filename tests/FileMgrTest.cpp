@@ -431,18 +431,46 @@ TEST_F(FileMgrTest, DurableStoreIntoMissingDirectoryReturns43WithErrno2) {
                           ":' failed to open file errno='2' ('No such file or directory')"));
 }
 
-TEST_F(FileMgrTest, DurableStoreOverADirectoryReturns41AndRemovesTheTemporary) {
+TEST_F(FileMgrTest, StoreAndDurableStoreOntoADirectoryBothReturn43) {
     const std::string path = dir.file("taken");
     ASSERT_TRUE(std::filesystem::create_directory(path));
     writeFile(path + "/inside", "kept");
     Json::Value root;
     root["a"] = 1;
-    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -41);
+    EXPECT_EQ(files.storeLocalCfg(path, root), -43);
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -43);
     const auto lines = log.lines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine(path, "write file", EISDIR)));
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine(path, "open file", EISDIR)));
+    EXPECT_EQ(lines[1], lines[0]);
     EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"taken"});
     EXPECT_EQ(readFile(path + "/inside"), "kept");
+}
+
+TEST_F(FileMgrTest, StoreAndDurableStoreOfAnEmptyPathBothReturn43WithErrno2) {
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfg("", root), -43);
+    EXPECT_EQ(files.storeLocalCfgDurable("", root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine("", "open file", ENOENT)));
+    EXPECT_EQ(lines[1], lines[0]);
+}
+
+TEST_F(FileMgrTest, DurableStoreLeavesAFifoInPlaceAndReturns43) {
+    const std::string path = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine(path, "open file", EINVAL)));
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"fifo"});
 }
 
 TEST_F(FileMgrTest, DurableStoreKeepsThePermissionsOfTheReplacedFile) {

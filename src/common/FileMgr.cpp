@@ -75,13 +75,26 @@ int createTemporary(const std::string& path, std::string& name) {
     return -1;
 }
 
-// Gives the temporary the permissions of the file it replaces, as rewriting that file in
-// place would have kept them.
-void keepModeOfTarget(const std::string& path, int fd) {
-    struct stat info {};
-    if (::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) {
-        ::fchmod(fd, info.st_mode & 07777);
+// What the path names now: 0 when it can be replaced by a new file (it is missing or a
+// regular file), else the errno that opening it for a plain store would meet, or EINVAL for
+// a FIFO, a device or a socket, which a rename would replace by a file instead of writing
+// into it. mode receives the permissions of an existing file.
+int checkReplaceable(const std::string& path, mode_t& mode) {
+    if (path.empty()) {
+        return ENOENT;
     }
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) {
+        return 0;  // missing, or a folder on the way is: creating the temporary tells
+    }
+    if (S_ISDIR(info.st_mode)) {
+        return EISDIR;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return EINVAL;
+    }
+    mode = info.st_mode & 07777;
+    return 0;
 }
 
 // Writes every byte, going on after short writes and interruptions. Returns 0 or errno.
@@ -224,6 +237,12 @@ int FileMgr::storeLocalCfg(const std::string& path, const Json::Value& root) {
 }
 
 int FileMgr::storeLocalCfgDurable(const std::string& path, const Json::Value& root) {
+    mode_t mode = 0;
+    const int unfit = checkReplaceable(path, mode);
+    if (unfit != 0) {
+        logSaveFailure("open file", path, unfit);
+        return kErrOpenWrite;
+    }
     const std::string text = root.toStyledString();
     std::string temporary;
     const int fd = createTemporary(path, temporary);
@@ -231,7 +250,10 @@ int FileMgr::storeLocalCfgDurable(const std::string& path, const Json::Value& ro
         logSaveFailure("open file", path, errno);
         return kErrOpenWrite;
     }
-    keepModeOfTarget(path, fd);
+    if (mode != 0) {
+        // The permissions of the file it replaces, as rewriting that file in place keeps them.
+        ::fchmod(fd, mode);
+    }
 
     int err = writeDurably(fd, text);
     if (err == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) {
