@@ -5,6 +5,7 @@
 #include <string>
 
 #include "FileUtil.h"
+#include "ModelCompare.h"
 
 namespace {
 
@@ -47,18 +48,6 @@ ChannelTableEntry filledEntry() {
     e.capabilities.setValue(1);
     e.capabilities.setName("in");
     return e;
-}
-
-void expectSameStream(const SessionStreamBasics& a, const SessionStreamBasics& b) {
-    EXPECT_EQ(a.session, b.session);
-    EXPECT_EQ(a.stream, b.stream);
-    EXPECT_EQ(a.streamHwId, b.streamHwId);
-    EXPECT_EQ(a.name, b.name);
-    EXPECT_EQ(a.streamName, b.streamName);
-    EXPECT_EQ(a.state.getValue(), b.state.getValue());
-    EXPECT_EQ(a.remoteSid, b.remoteSid);
-    EXPECT_EQ(a.type.getValue(), b.type.getValue());
-    EXPECT_EQ(a.redundantType, b.redundantType);
 }
 
 ChannelInfo infoWithUsage(uint32_t input, uint32_t output) {
@@ -175,16 +164,7 @@ TEST(ChannelTableEntry, SerializeThenDeserializeReproducesEveryField) {
     doc["name"] = "ignored on reading";
     ChannelTableEntry back;
     back.Deserialize(doc);
-    EXPECT_EQ(back.id, source.id);
-    EXPECT_EQ(back.nameInput, source.nameInput);
-    EXPECT_EQ(back.nameOutput, source.nameOutput);
-    expectSameStream(back.input, source.input);
-    expectSameStream(back.output, source.output);
-    EXPECT_EQ(back.blocked, source.blocked);
-    EXPECT_EQ(back.mediaType.getValue(), source.mediaType.getValue());
-    EXPECT_EQ(back.mediaType.getName(), source.mediaType.getName());
-    EXPECT_EQ(back.capabilities.getValue(), source.capabilities.getValue());
-    EXPECT_EQ(back.capabilities.getName(), source.capabilities.getName());
+    expectSameEntry(back, source);
 }
 
 TEST(ChannelTableEntry, MediaTypeAndCapabilityAreStoredUnchecked) {
