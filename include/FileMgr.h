@@ -7,15 +7,19 @@
 #include "zelCommonTypesExport.h"
 
 // Loads and stores JSON configuration files. Every outcome is a result code plus a log line;
-// nothing is thrown for a missing or malformed file.
+// nothing is thrown for a missing, malformed or odd file.
 //
 //    0  success
-//  -17  the file could not be opened (or sized) for reading
-//  -13  the text is not valid JSON
-//  -43  the file could not be created or truncated for writing
-//  -41  writing or flushing the styled text failed
+//  -17  the file could not be opened, sized or accepted for reading: it is missing or
+//       unreadable, it is not a regular file (a directory, a FIFO, a device, a socket), or
+//       it is larger than kMaxFileSize (100 MiB). Nothing is allocated for a refused file
+//       and a FIFO is never waited on.
+//  -13  the text is not valid JSON (a file of NUL bytes only has no text and gives -13)
+//  -43  the file (or the temporary beside it) could not be created or truncated for writing
+//  -41  writing, flushing or replacing the file failed
 //
-// The path is handed to the operating system unchanged.
+// The path is handed to the operating system unchanged. Loading and parsing never throw: a
+// document of any shape is returned as jsoncpp parsed it, and its readers decide.
 class ZELCT_API FileMgr {
 public:
     static constexpr int kOk = 0;
@@ -24,15 +28,34 @@ public:
     static constexpr int kErrOpenWrite = -43;
     static constexpr int kErrWrite = -41;
 
+    // The largest file that loadFileContent reads, in bytes (100 MiB). Configuration files
+    // are a few kilobytes; anything near this is a wrong path or a corrupted file.
+    static constexpr int kMaxFileSize = 100 * 1024 * 1024;
+
     // Reads the file into content, up to its first NUL byte. 0 or -17; content is left
-    // untouched on -17.
+    // untouched on -17. Besides "ERR::path '%s' error opening file", a refused file logs
+    // "ERR::path '%s' is not a regular file" or
+    // "ERR::path '%s' is too large (%lld bytes, limit %d)".
     int loadFileContent(const std::string& path, std::string& content);
 
     // Loads and parses the file into root; any JSON document is accepted (object, array or
     // scalar). 0, -17 or -13; root is left untouched on -17.
     int loadLocalCfg(const std::string& path, Json::Value& root);
 
-    // Writes root as styled JSON text straight into the file, replacing its content.
-    // 0, -43 or -41.
+    // Writes root as styled JSON text straight into the file, replacing its content. A
+    // failure half-way (full disk, power cut) leaves a truncated file. 0, -43 or -41.
     int storeLocalCfg(const std::string& path, const Json::Value& root);
+
+    // Writes the same styled text with the same codes and log lines as storeLocalCfg, but
+    // never leaves a partly written file at the path: the text goes to a new temporary file
+    // in the same folder (path + ".tmp.<pid>.<n>"), is flushed to disk with fsync, renamed
+    // over the path, and the folder is synced so the rename survives a power cut. On -43
+    // and on any -41 before the rename, the previous file is left byte for byte as it was
+    // and the temporary is removed; a -41 from syncing the folder comes after the rename,
+    // when the new text is in place but not known to be on disk.
+    // The new file takes the permissions of the file it replaces, or 0666 less the umask.
+    // Only a regular file (or nothing) at the path is replaced: an empty path, a directory
+    // and a FIFO, device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they
+    // are. A symbolic link at the path is replaced by the file, not written through.
+    int storeLocalCfgDurable(const std::string& path, const Json::Value& root);
 };

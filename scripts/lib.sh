@@ -26,6 +26,10 @@ ensure_packages() {
 BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
                clang-format libcli11-dev)
 
+# What the robustness stages add: valgrind's memcheck, clang with libFuzzer and the sanitizer
+# runtimes for the fuzz targets.
+ROBUSTNESS_PACKAGES=(valgrind clang libclang-rt-14-dev)
+
 stage() {
     echo
     echo "======== $* ========"

@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds with warnings as errors and runs every test; checks the
 # installed package, the Debian packages and the consumer projects; cross-builds for the
-# board (armhf) and runs every test under qemu-arm; finally builds with AddressSanitizer and
-# UndefinedBehaviorSanitizer and runs every test again. Exits non-zero on any failure.
+# board (armhf) and runs every test under qemu-arm; runs every GoogleTest suite under valgrind's
+# memcheck, builds with ThreadSanitizer and runs every test there, runs every fuzz target for a
+# bounded time; finally builds with AddressSanitizer and UndefinedBehaviorSanitizer and runs
+# every test again. Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 jobs=$(jobs_count)
 
 stage "dependencies"
-ensure_packages "${BASE_PACKAGES[@]}"
+ensure_packages "${BASE_PACKAGES[@]}" "${ROBUSTNESS_PACKAGES[@]}"
 ensure_armhf
 
 stage "format"
@@ -32,6 +34,43 @@ cmake --preset armhf >/dev/null
 cmake --build --preset armhf -j "$jobs"
 ctest --preset armhf -j "$jobs"
 scripts/packages.sh armhf
+
+stage "valgrind memcheck: every GoogleTest suite (no error, no definite or indirect leak)"
+# Runs each suite as one process: the library, the tests and the forked children of the
+# file-store tests, checked by memcheck.
+memcheck_failed=()
+for suite in build/ci/tests/*Test; do
+    [ -x "$suite" ] || continue
+    name=$(basename "$suite")
+    log=build/ci/memcheck-$name.log
+    if valgrind --tool=memcheck --leak-check=full --show-leak-kinds=definite,indirect \
+        --errors-for-leak-kinds=definite,indirect --error-exitcode=1 --quiet \
+        "$suite" --gtest_brief=1 >"$log" 2>&1; then
+        echo "memcheck $name: $(grep -a 'PASSED' "$log" | tail -1)"
+    else
+        echo "memcheck $name: FAILED"
+        cat "$log"
+        memcheck_failed+=("$name")
+    fi
+done
+if [ ${#memcheck_failed[@]} -ne 0 ]; then
+    echo "memcheck: failures in ${memcheck_failed[*]}"
+    exit 1
+fi
+
+stage "native: thread sanitizer"
+cmake --preset tsan >/dev/null
+cmake --build --preset tsan -j "$jobs"
+# ThreadSanitizer cannot map its shadow memory under the widest address randomisation of
+# recent kernels; the tests do not need randomisation.
+no_aslr=()
+if setarch "$(uname -m)" -R true 2>/dev/null; then
+    no_aslr=(setarch "$(uname -m)" -R)
+fi
+"${no_aslr[@]}" ctest --preset tsan -j "$jobs"
+
+stage "fuzz: every target for ${ZELCT_FUZZ_SECONDS:-20} s"
+scripts/fuzz.sh "${ZELCT_FUZZ_SECONDS:-20}"
 
 stage "native: address and undefined-behaviour sanitizers"
 cmake --preset asan >/dev/null

@@ -2,8 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "FileUtil.h"
 #include "LogCapture.h"
@@ -15,6 +26,88 @@ const char* const kLoadSignature = "int FileMgr::loadLocalCfg(const string&, Jso
 
 std::string checkLine(int code) {
     return std::string("ERR::CHK(") + kLoadSignature + ")::55 Error Code " + std::to_string(code);
+}
+
+std::string saveLine(const std::string& path, const std::string& what, int err) {
+    return "ERR::Saving JSON to file '" + path + ":' failed to " + what + " errno='" +
+           std::to_string(err) + "' ('" + std::strerror(err) + "')";
+}
+
+// Every name in the folder, so a test sees a temporary that was left behind.
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+unsigned modeOf(const std::string& path) {
+    struct stat info {};
+    EXPECT_EQ(::stat(path.c_str(), &info), 0) << path;
+    return info.st_mode & 07777;
+}
+
+// A value whose styled text is about 100 kB, far more than any limit used below.
+Json::Value bigDocument() {
+    Json::Value root;
+    root["payload"] = std::string(100000, 'x');
+    return root;
+}
+
+struct ChildOutcome {
+    int result = 0;
+    std::vector<LogCapture::Line> lines;
+};
+
+// Runs action in a child process whose files may not grow beyond limit bytes, with SIGXFSZ
+// ignored so an oversized write fails with EFBIG instead of killing the child: a write that
+// fails half-way, as on a full disk or at a power cut. The limit dies with the child. The
+// caller's LogCapture must be empty; the child's lines come back through a pipe.
+template <typename Action>
+ChildOutcome runWithFileSizeLimit(rlim_t limit, const LogCapture& log, Action action) {
+    int channel[2];
+    EXPECT_EQ(::pipe(channel), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(channel[0]);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const struct rlimit fileSize = {limit, limit};
+        int result = ::setrlimit(RLIMIT_FSIZE, &fileSize) == 0 ? action() : 12345;
+        std::string report = std::to_string(result) + "\n";
+        for (const auto& line : log.lines()) {
+            report += std::to_string(line.first) + " " + line.second + "\n";
+        }
+        const bool sent = ::write(channel[1], report.data(), report.size()) ==
+                          static_cast<ssize_t>(report.size());
+        ::_exit(sent ? 0 : 1);
+    }
+    ::close(channel[1]);
+    std::string report;
+    char chunk[4096];
+    ssize_t got;
+    while ((got = ::read(channel[0], chunk, sizeof chunk)) > 0) {
+        report.append(chunk, static_cast<size_t>(got));
+    }
+    ::close(channel[0]);
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+
+    ChildOutcome outcome;
+    std::istringstream lines(report);
+    std::string line;
+    if (std::getline(lines, line)) {
+        outcome.result = std::stoi(line);
+    }
+    while (std::getline(lines, line)) {
+        const auto space = line.find(' ');
+        outcome.lines.emplace_back(
+            static_cast<Logger::logDebugLevel_t>(std::stoi(line.substr(0, space))),
+            line.substr(space + 1));
+    }
+    return outcome;
 }
 
 }  // namespace
@@ -175,4 +268,273 @@ TEST_F(FileMgrTest, StoreThenLoadGivesTheSameValue) {
     EXPECT_EQ(files.loadLocalCfg(path, back), 0);
     EXPECT_EQ(back, root);
     EXPECT_EQ(back["u"].asUInt64(), 18446744073709551615ull);
+}
+
+TEST_F(FileMgrTest, LoadOfDirectoryReturns17AsNotARegularFile) {
+    std::string content = "previous";
+    EXPECT_EQ(files.loadFileContent(dir.path(), content), -17);
+    EXPECT_EQ(content, "previous");
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logError, "ERR::path '" + dir.path() + "' is not a regular file"));
+
+    log.clear();
+    Json::Value root = parseJson(R"({"kept": 1})");
+    EXPECT_EQ(files.loadLocalCfg(dir.path(), root), -17);
+    EXPECT_EQ(root, parseJson(R"({"kept": 1})"));
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0],
+              logLine(Logger::logError, "ERR::path '" + dir.path() + "' is not a regular file"));
+    EXPECT_EQ(lines[1], logLine(Logger::logError, checkLine(-17)));
+}
+
+TEST_F(FileMgrTest, LoadOfFifoWithoutWriterReturns17AtOnce) {
+    const std::string path = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    ::alarm(20);  // a load that waits for a writer ends the test here instead of hanging
+    Json::Value root = parseJson(R"({"kept": 1})");
+    const int result = files.loadLocalCfg(path, root);
+    ::alarm(0);
+    EXPECT_EQ(result, -17);
+    EXPECT_EQ(root, parseJson(R"({"kept": 1})"));
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0],
+              logLine(Logger::logError, "ERR::path '" + path + "' is not a regular file"));
+    EXPECT_EQ(lines[1], logLine(Logger::logError, checkLine(-17)));
+}
+
+TEST_F(FileMgrTest, LoadOfFifoWithWriterReturns17WithoutReadingIt) {
+    const std::string path = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int writer = ::open(path.c_str(), O_RDWR);  // keeps a writer, never writes
+    ASSERT_GE(writer, 0);
+    ::alarm(20);
+    std::string content = "previous";
+    const int result = files.loadFileContent(path, content);
+    ::alarm(0);
+    ::close(writer);
+    EXPECT_EQ(result, -17);
+    EXPECT_EQ(content, "previous");
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logError, "ERR::path '" + path + "' is not a regular file"));
+}
+
+TEST_F(FileMgrTest, LoadOfCharacterDeviceReturns17) {
+    std::string content = "previous";
+    EXPECT_EQ(files.loadFileContent("/dev/zero", content), -17);
+    EXPECT_EQ(content, "previous");
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logError, "ERR::path '/dev/zero' is not a regular file"));
+}
+
+TEST_F(FileMgrTest, LoadOfFileLargerThan100MiBReturns17BeforeReading) {
+    const std::string path = dir.file("huge.json");
+    writeFile(path, "{");
+    // Sparse: takes no disk space, reads as NUL bytes.
+    ASSERT_EQ(::truncate(path.c_str(), FileMgr::kMaxFileSize + 1), 0);
+    EXPECT_EQ(FileMgr::kMaxFileSize, 104857600);
+
+    Json::Value root = parseJson(R"({"kept": 1})");
+    EXPECT_EQ(files.loadLocalCfg(path, root), -17);
+    EXPECT_EQ(root, parseJson(R"({"kept": 1})"));
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0],
+              logLine(Logger::logError,
+                      "ERR::path '" + path + "' is too large (104857601 bytes, limit 104857600)"));
+    EXPECT_EQ(lines[1], logLine(Logger::logError, checkLine(-17)));
+}
+
+TEST_F(FileMgrTest, LoadOfFileOfExactly100MiBIsRead) {
+    const std::string path = dir.file("limit.json");
+    writeFile(path, "[7]");
+    ASSERT_EQ(::truncate(path.c_str(), FileMgr::kMaxFileSize), 0);
+    std::string content;
+    EXPECT_EQ(files.loadFileContent(path, content), 0);
+    EXPECT_EQ(content, "[7]");
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logVerbose, "VBS::path '" + path + "' size loaded '3'"));
+}
+
+TEST_F(FileMgrTest, FileOfNulBytesOnlyLoadsEmptyAndFailsToParse) {
+    const std::string path = dir.file("zeros.json");
+    writeFile(path, std::string(64, '\0'));
+    std::string content = "old";
+    EXPECT_EQ(files.loadFileContent(path, content), 0);
+    EXPECT_EQ(content, "");
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logVerbose, "VBS::path '" + path + "' size loaded '0'"));
+
+    log.clear();
+    Json::Value root;
+    EXPECT_EQ(files.loadLocalCfg(path, root), -13);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0], logLine(Logger::logVerbose, "VBS::path '" + path + "' size loaded '0'"));
+    EXPECT_EQ(lines[1], logLine(Logger::logError, "ERR::Error parsing Json ''"));
+    EXPECT_EQ(lines[2].first, Logger::logError);
+    EXPECT_EQ(lines[2].second.rfind("ERR::Error: '", 0), 0u) << lines[2].second;
+}
+
+TEST_F(FileMgrTest, DurableStoreWritesTheSameStyledTextAndLeavesNoTemporary) {
+    const std::string plain = dir.file("plain.json");
+    const std::string durable = dir.file("durable.json");
+    const Json::Value root = parseJson(R"({"b": "text", "a": [1, 2.5, null], "c": {"d": true}})");
+    EXPECT_EQ(files.storeLocalCfg(plain, root), 0);
+    EXPECT_EQ(files.storeLocalCfgDurable(durable, root), 0);
+    EXPECT_EQ(readFile(durable), root.toStyledString());
+    EXPECT_EQ(readFile(durable), readFile(plain));
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"durable.json", "plain.json"}));
+}
+
+TEST_F(FileMgrTest, DurableStoreReplacesALongerFileCompletely) {
+    const std::string path = dir.file("out.json");
+    writeFile(path, std::string(4096, 'z'));
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), 0);
+    EXPECT_EQ(readFile(path), "{\n\t\"a\" : 1\n}\n");
+    Json::Value back;
+    EXPECT_EQ(files.loadLocalCfg(path, back), 0);
+    EXPECT_EQ(back, root);
+}
+
+TEST_F(FileMgrTest, DurableStoreOfABareFileNameWritesInTheWorkingFolder) {
+    const std::string previous = std::filesystem::current_path().string();
+    ASSERT_EQ(::chdir(dir.path().c_str()), 0);
+    Json::Value root;
+    root["here"] = true;
+    const int result = files.storeLocalCfgDurable("bare.json", root);
+    ASSERT_EQ(::chdir(previous.c_str()), 0);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(readFile(dir.file("bare.json")), root.toStyledString());
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"bare.json"});
+}
+
+TEST_F(FileMgrTest, DurableStoreIntoMissingDirectoryReturns43WithErrno2) {
+    const std::string path = dir.file("no/such/dir/x.json");
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0],
+              logLine(Logger::logError,
+                      "ERR::Saving JSON to file '" + path +
+                          ":' failed to open file errno='2' ('No such file or directory')"));
+}
+
+TEST_F(FileMgrTest, StoreAndDurableStoreOntoADirectoryBothReturn43) {
+    const std::string path = dir.file("taken");
+    ASSERT_TRUE(std::filesystem::create_directory(path));
+    writeFile(path + "/inside", "kept");
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfg(path, root), -43);
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine(path, "open file", EISDIR)));
+    EXPECT_EQ(lines[1], lines[0]);
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"taken"});
+    EXPECT_EQ(readFile(path + "/inside"), "kept");
+}
+
+TEST_F(FileMgrTest, StoreAndDurableStoreOfAnEmptyPathBothReturn43WithErrno2) {
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfg("", root), -43);
+    EXPECT_EQ(files.storeLocalCfgDurable("", root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine("", "open file", ENOENT)));
+    EXPECT_EQ(lines[1], lines[0]);
+}
+
+TEST_F(FileMgrTest, DurableStoreLeavesAFifoInPlaceAndReturns43) {
+    const std::string path = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), -43);
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0], logLine(Logger::logError, saveLine(path, "open file", EINVAL)));
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"fifo"});
+}
+
+TEST_F(FileMgrTest, DurableStoreKeepsThePermissionsOfTheReplacedFile) {
+    const std::string path = dir.file("secret.json");
+    writeFile(path, "{}");
+    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+    Json::Value root;
+    root["key"] = "value";
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), 0);
+    EXPECT_EQ(modeOf(path), 0600u);
+    EXPECT_EQ(readFile(path), root.toStyledString());
+}
+
+TEST_F(FileMgrTest, DurableStoreCreatesANewFileWithTheUmaskApplied) {
+    const mode_t previous = ::umask(022);
+    Json::Value root;
+    root["a"] = 1;
+    const int shared = files.storeLocalCfgDurable(dir.file("shared.json"), root);
+    ::umask(027);
+    const int grouped = files.storeLocalCfgDurable(dir.file("grouped.json"), root);
+    ::umask(previous);
+    EXPECT_EQ(shared, 0);
+    EXPECT_EQ(grouped, 0);
+    EXPECT_EQ(modeOf(dir.file("shared.json")), 0644u);
+    EXPECT_EQ(modeOf(dir.file("grouped.json")), 0640u);
+}
+
+TEST_F(FileMgrTest, WriteFailingHalfWayLeavesTheOldFileWhenDurableAndATruncatedOneWhenNot) {
+    const std::string durable = dir.file("durable.json");
+    const std::string plain = dir.file("plain.json");
+    const std::string old = "{\n\t\"version\" : 1\n}\n";
+    writeFile(durable, old);
+    writeFile(plain, old);
+    const std::string text = bigDocument().toStyledString();
+    const rlim_t limit = 4096;
+
+    const ChildOutcome kept = runWithFileSizeLimit(
+        limit, log, [&] { return files.storeLocalCfgDurable(durable, bigDocument()); });
+    EXPECT_EQ(kept.result, -41);
+    ASSERT_EQ(kept.lines.size(), 1u);
+    EXPECT_EQ(kept.lines[0], logLine(Logger::logError, saveLine(durable, "write file", EFBIG)));
+    EXPECT_EQ(readFile(durable), old);
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"durable.json", "plain.json"}));
+
+    const ChildOutcome truncated =
+        runWithFileSizeLimit(limit, log, [&] { return files.storeLocalCfg(plain, bigDocument()); });
+    EXPECT_EQ(truncated.result, -41);
+    ASSERT_EQ(truncated.lines.size(), 1u);
+    EXPECT_EQ(truncated.lines[0], logLine(Logger::logError, saveLine(plain, "write file", EFBIG)));
+    const std::string left = readFile(plain);
+    EXPECT_EQ(left.size(), limit);
+    EXPECT_EQ(left, text.substr(0, limit));
+    Json::Value root;
+    EXPECT_EQ(files.loadLocalCfg(plain, root), -13);
+}
+
+TEST_F(FileMgrTest, DurableStoreWithinTheFileSizeLimitSucceeds) {
+    const std::string path = dir.file("small.json");
+    writeFile(path, "{}");
+    Json::Value root;
+    root["a"] = 1;
+    const ChildOutcome outcome =
+        runWithFileSizeLimit(4096, log, [&] { return files.storeLocalCfgDurable(path, root); });
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_TRUE(outcome.lines.empty());
+    EXPECT_EQ(readFile(path), root.toStyledString());
 }

@@ -1,5 +1,10 @@
 #include "FileMgr.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -9,18 +14,171 @@
 
 #include "Logger.h"
 
+namespace {
+
+// Opens the path for reading without ever waiting: a FIFO without a writer would block a
+// plain fopen until some other process opened it for writing.
+int openForReading(const std::string& path) {
+    return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+// Checks what the open descriptor refers to before anything is allocated for it. Logs and
+// returns false when the file cannot be loaded as a whole.
+bool isLoadableFile(const std::string& path, int fd) {
+    struct stat info {};
+    if (::fstat(fd, &info) != 0) {
+        Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
+        return false;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        // A directory opens fine and reports a size that means nothing; a FIFO or a device
+        // has no size at all, and reading one may never end.
+        Logger::log(Logger::logError, "ERR::path '%s' is not a regular file", path.c_str());
+        return false;
+    }
+    if (info.st_size > FileMgr::kMaxFileSize) {
+        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %d)",
+                    path.c_str(), static_cast<long long>(info.st_size), FileMgr::kMaxFileSize);
+        return false;
+    }
+    return true;
+}
+
+void logSaveFailure(const char* what, const std::string& path, int err) {
+    Logger::log(Logger::logError, "ERR::Saving JSON to file '%s:' failed to %s errno='%d' ('%s')",
+                path.c_str(), what, err, std::strerror(err));
+}
+
+// The folder that holds the path, where its temporary sibling is made and whose entry the
+// rename changes.
+std::string folderOf(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Creates a fresh temporary file beside the path. The name carries the process id and a
+// per-process counter, so two writers never share one; O_EXCL skips leftovers of a process
+// that died with the same id. Mode 0666 lets the umask decide, as for any new file.
+int createTemporary(const std::string& path, std::string& name) {
+    static std::atomic<unsigned> counter{0};
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        name = path + ".tmp." + std::to_string(::getpid()) + "." +
+               std::to_string(counter.fetch_add(1, std::memory_order_relaxed));
+        const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd >= 0 || errno != EEXIST) {
+            return fd;
+        }
+    }
+    return -1;
+}
+
+// What the path names now: 0 when it can be replaced by a new file (it is missing or a
+// regular file), else the errno that opening it for a plain store would meet, or EINVAL for
+// a FIFO, a device or a socket, which a rename would replace by a file instead of writing
+// into it. mode receives the permissions of an existing file.
+int checkReplaceable(const std::string& path, mode_t& mode) {
+    if (path.empty()) {
+        return ENOENT;
+    }
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) {
+        return 0;  // missing, or a folder on the way is: creating the temporary tells
+    }
+    if (S_ISDIR(info.st_mode)) {
+        return EISDIR;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        return EINVAL;
+    }
+    mode = info.st_mode & 07777;
+    return 0;
+}
+
+// Writes every byte, going on after short writes and interruptions. Returns 0 or errno.
+int writeAll(int fd, const std::string& text) {
+    const char* data = text.data();
+    size_t left = text.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, left);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return errno;
+        }
+        data += written;
+        left -= static_cast<size_t>(written);
+    }
+    return 0;
+}
+
+int fsyncRetrying(int fd) {
+    while (::fsync(fd) != 0) {
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+// Writes, flushes to disk and closes the temporary. Returns 0 or errno; the descriptor is
+// closed either way.
+int writeDurably(int fd, const std::string& text) {
+    int err = writeAll(fd, text);
+    if (err == 0) {
+        err = fsyncRetrying(fd);
+    }
+    if (::close(fd) != 0 && err == 0) {
+        err = errno;
+    }
+    return err;
+}
+
+// Makes the rename itself survive a power cut. Returns 0 or errno; a file system that cannot
+// sync a folder (EINVAL) has nothing more to make durable.
+int syncFolder(const std::string& folder) {
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) {
+        return errno;
+    }
+    int err = fsyncRetrying(fd);
+    ::close(fd);
+    return err == EINVAL ? 0 : err;
+}
+
+}  // namespace
+
 int FileMgr::loadFileContent(const std::string& path, std::string& content) {
-    FILE* file = std::fopen(path.c_str(), "r");
+    const int fd = openForReading(path);
+    if (fd < 0) {
+        Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
+        return kErrOpenRead;
+    }
+    if (!isLoadableFile(path, fd)) {
+        ::close(fd);
+        return kErrOpenRead;
+    }
+    FILE* file = ::fdopen(fd, "r");
     if (file == nullptr) {
         Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
+        ::close(fd);
         return kErrOpenRead;
     }
     std::fseek(file, 0, SEEK_END);
     const long size = std::ftell(file);
     std::rewind(file);
     if (size < 0) {
-        // Pipes and character devices have no size; nothing sensible can be read from them.
         Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
+        std::fclose(file);
+        return kErrOpenRead;
+    }
+    if (size > kMaxFileSize) {
+        // Grew past the limit since it was checked.
+        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %d)",
+                    path.c_str(), static_cast<long long>(size), kMaxFileSize);
         std::fclose(file);
         return kErrOpenRead;
     }
@@ -67,22 +225,52 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
 int FileMgr::storeLocalCfg(const std::string& path, const Json::Value& root) {
     std::ofstream out(path, std::ios::out);
     if (!out.is_open()) {
-        const int err = errno;
-        Logger::log(Logger::logError,
-                    "ERR::Saving JSON to file '%s:' failed to open file errno='%d' ('%s')",
-                    path.c_str(), err, std::strerror(err));
+        logSaveFailure("open file", path, errno);
         return kErrOpenWrite;
     }
     out << root.toStyledString();
     out.flush();
     if (!out.good()) {
-        const int err = errno;
-        Logger::log(Logger::logError,
-                    "ERR::Saving JSON to file '%s:' failed to write file errno='%d' ('%s')",
-                    path.c_str(), err, std::strerror(err));
+        logSaveFailure("write file", path, errno);
         out.close();
         return kErrWrite;
     }
     out.close();
+    return kOk;
+}
+
+int FileMgr::storeLocalCfgDurable(const std::string& path, const Json::Value& root) {
+    mode_t mode = 0;
+    const int unfit = checkReplaceable(path, mode);
+    if (unfit != 0) {
+        logSaveFailure("open file", path, unfit);
+        return kErrOpenWrite;
+    }
+    const std::string text = root.toStyledString();
+    std::string temporary;
+    const int fd = createTemporary(path, temporary);
+    if (fd < 0) {
+        logSaveFailure("open file", path, errno);
+        return kErrOpenWrite;
+    }
+    if (mode != 0) {
+        // The permissions of the file it replaces, as rewriting that file in place keeps them.
+        ::fchmod(fd, mode);
+    }
+
+    int err = writeDurably(fd, text);
+    if (err == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) {
+        err = errno;
+    }
+    if (err != 0) {
+        ::unlink(temporary.c_str());
+        logSaveFailure("write file", path, err);
+        return kErrWrite;
+    }
+    err = syncFolder(folderOf(path));
+    if (err != 0) {
+        logSaveFailure("write file", path, err);
+        return kErrWrite;
+    }
     return kOk;
 }

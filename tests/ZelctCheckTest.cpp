@@ -1,0 +1,422 @@
+// The engine of zelct: what it reports about a document, independently of any one class.
+// Small classes of this file stand for the reading habits of the library's model classes.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "AlarmManager.h"
+#include "Check.h"
+#include "DaifType.h"
+#include "FileUtil.h"
+#include "JsonText.h"
+#include "Kinds.h"
+#include "Log.h"
+#include "Report.h"
+#include "SessionStreamList.h"
+#include "SfpInfo.h"
+#include "TempDir.h"
+
+using namespace zelct;
+
+namespace {
+
+// Reads "ip"; a text it cannot parse is logged and leaves the address 0, which writes as
+// "0.0.0.0" (the Ethernet record's habit).
+class AddressRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override {
+        root["ip"] = address == 1 ? "10.0.0.1" : "0.0.0.0";
+    }
+    void Deserialize(Json::Value& root) override {
+        const std::string text = root.get("ip", "").asString();
+        if (text == "10.0.0.1") {
+            address = 1;
+        } else {
+            Logger::log(Logger::logError, "ERR::Error parsing IP '%s'", text.c_str());
+        }
+    }
+
+private:
+    int address = 0;
+};
+
+// Reads "format"; an unknown one is forgotten and nothing is written (the video format's
+// habit).
+class FormatRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override {
+        if (!format.empty()) {
+            root["format"] = format;
+        }
+    }
+    void Deserialize(Json::Value& root) override {
+        const std::string text = root.get("format", "").asString();
+        format = text == "1080P50" ? text : "";
+    }
+
+private:
+    std::string format;
+};
+
+// Reads the state and writes it back with the state's own names.
+class StateRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override { state.Serialize(root); }
+    void Deserialize(Json::Value& root) override { state.Deserialize(root); }
+
+private:
+    State state;
+};
+
+// Reads the stream type, which keeps its kind on a name it does not know ("test").
+class StreamTypeRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override { type.Serialize(root); }
+    void Deserialize(Json::Value& root) override { type.Deserialize(root); }
+
+private:
+    StreamType type;
+};
+
+// Reads "v" of the first four elements of "items" only, and writes "v" of every element it
+// holds, 0 beyond the fourth: the same member is read in some elements and not in others.
+class FirstFourRecord : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override {
+        for (Json::ArrayIndex i = 0; i < count; ++i) {
+            root["items"][i]["v"] = i < 4 ? values[i] : 0;
+        }
+    }
+    void Deserialize(Json::Value& root) override {
+        count = root["items"].size();
+        for (Json::ArrayIndex i = 0; i < count && i < 4; ++i) {
+            values[i] = root["items"][i].get("v", 0).asInt();
+        }
+    }
+
+private:
+    Json::ArrayIndex count = 0;
+    int values[4] = {0, 0, 0, 0};
+};
+
+template <class T>
+std::unique_ptr<IJsonSerializable> make() {
+    return std::make_unique<T>();
+}
+
+const Kind kAddress{"address", TopLevel::Object, "", &make<AddressRecord>};
+const Kind kFormat{"format", TopLevel::Object, "", &make<FormatRecord>};
+const Kind kState{"state", TopLevel::Object, "", &make<StateRecord>};
+const Kind kStreamType{"stream-type", TopLevel::Object, "", &make<StreamTypeRecord>};
+const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
+const Kind kFirstFour{"first-four", TopLevel::Object, "", &make<FirstFourRecord>};
+const Kind kStreams{"session-streams", TopLevel::Array, "", &make<SessionStreamList>};
+const Kind kAlarms{"alarms", TopLevel::Object, "", &make<AlarmManager>};
+
+std::vector<std::string> texts(const std::vector<Finding>& findings) {
+    std::vector<std::string> lines;
+    for (const Finding& finding : findings) {
+        lines.push_back(findingText(finding));
+    }
+    return lines;
+}
+
+std::vector<std::string> findingsOf(const Kind& kind, const std::string& json) {
+    const Json::Value document = parseJson(json);
+    return texts(findDifferences(kind, document, readAs(kind, document)));
+}
+
+Json::Value sfpDocument() {
+    Json::Value document;
+    SfpInfo().Serialize(document);
+    return document;
+}
+
+}  // namespace
+
+class ZelctCheckTest : public testing::Test {
+protected:
+    void SetUp() override { routeLibraryLog(Logger::logEmergency); }
+    void TearDown() override {
+        Logger::setSink(nullptr);
+        Logger::setThreshold(Logger::logInfo);
+    }
+};
+
+// ---- JSON text ----
+
+TEST_F(ZelctCheckTest, NumbersAreTheSameWhateverTheirRepresentation) {
+    EXPECT_TRUE(sameValue(Json::Value(5), Json::Value(5u)));
+    EXPECT_TRUE(sameValue(Json::Value(5), Json::Value(5.0)));
+    EXPECT_TRUE(sameValue(parseJson("{\"a\":[1,2.0]}"), parseJson("{\"a\":[1.0,2]}")));
+    EXPECT_FALSE(sameValue(Json::Value(-1), Json::Value(4294967295u)));
+    EXPECT_FALSE(sameValue(Json::Value(1), Json::Value(true)));
+    EXPECT_FALSE(sameValue(Json::Value(2.5), Json::Value(2)));
+    EXPECT_FALSE(sameValue(parseJson("{\"a\":1}"), parseJson("{\"a\":1,\"b\":1}")));
+}
+
+TEST_F(ZelctCheckTest, CompactJsonQuotesTextAndWritesShortestDoubles) {
+    EXPECT_EQ(compactJson(Json::Value("enabled")), "\"enabled\"");
+    EXPECT_EQ(compactJson(Json::Value("a\"b\\c\n\x01")), "\"a\\\"b\\\\c\\n\\u0001\"");
+    EXPECT_EQ(compactJson(Json::Value(0.1)), "0.1");
+    EXPECT_EQ(compactJson(Json::Value(-1.0)), "-1.0");
+    EXPECT_EQ(compactJson(Json::Value(256)), "256");
+    EXPECT_EQ(compactJson(Json::Value(Json::UInt64{18446744073709551615ull})),
+              "18446744073709551615");
+    EXPECT_EQ(compactJson(parseJson("{\"b\":[1,true,null],\"a\":{}}")),
+              "{\"a\":{},\"b\":[1,true,null]}");
+}
+
+TEST_F(ZelctCheckTest, PointerTextEscapesTildeAndSlash) {
+    const JsonPath path = {PathStep::element(0), PathStep::member("channels"), PathStep::element(3),
+                           PathStep::member("a/b~c")};
+    EXPECT_EQ(pointerText(path), "/0/channels/3/a~1b~0c");
+    EXPECT_EQ(pointerText({}), "");
+}
+
+TEST_F(ZelctCheckTest, RemovingKeepsTheIndexOfLaterElements) {
+    const Json::Value document = parseJson("{\"a\":[1,2,3],\"b\":4}");
+    EXPECT_EQ(removedAt(document, {PathStep::member("b")}), parseJson("{\"a\":[1,2,3]}"));
+    EXPECT_EQ(removedAt(document, {PathStep::member("a"), PathStep::element(2)}),
+              parseJson("{\"a\":[1,2],\"b\":4}"));
+    EXPECT_EQ(removedAt(document, {PathStep::member("a"), PathStep::element(0)}),
+              parseJson("{\"a\":[null,2,3],\"b\":4}"));
+    EXPECT_EQ(replacedAt(document, {PathStep::member("a"), PathStep::element(1)}, "x"),
+              parseJson("{\"a\":[1,\"x\",3],\"b\":4}"));
+}
+
+// ---- reading ----
+
+TEST_F(ZelctCheckTest, ReadingWorksOnACopyAndRecordsTheLog) {
+    const Json::Value document = parseJson("{\"ip\":\"10.0.0.300\"}");
+    const Reading reading = readAs(kAddress, document);
+    EXPECT_FALSE(reading.failed);
+    EXPECT_EQ(reading.understood, parseJson("{\"ip\":\"0.0.0.0\"}"));
+    ASSERT_EQ(reading.log.size(), 1u);
+    EXPECT_EQ(reading.log[0].level, Logger::logError);
+    EXPECT_EQ(reading.log[0].text, "ERR::Error parsing IP '10.0.0.300'");
+    EXPECT_EQ(document, parseJson("{\"ip\":\"10.0.0.300\"}"));
+}
+
+TEST_F(ZelctCheckTest, ReadingThatThrowsIsReportedNotThrown) {
+    const Reading reading = readAs(kSfp, parseJson("{\"wavelength\":\"850\"}"));
+    EXPECT_TRUE(reading.failed);
+    EXPECT_EQ(reading.error, "Value is not convertible to Int.");
+    EXPECT_TRUE(reading.understood.isNull());
+}
+
+// ---- findings ----
+
+TEST_F(ZelctCheckTest, DocumentWrittenByTheClassHasNoFinding) {
+    const Json::Value document = sfpDocument();
+    EXPECT_TRUE(findDifferences(kSfp, document, readAs(kSfp, document)).empty());
+}
+
+TEST_F(ZelctCheckTest, StateNameInAnotherCaseIsReadAsDisabled) {
+    EXPECT_EQ(findingsOf(kState, "{\"state\":\"enabled\"}"),
+              std::vector<std::string>{"/state: \"enabled\" read as \"Disabled\""});
+}
+
+TEST_F(ZelctCheckTest, StreamTypeTestIsReadAsUndefined) {
+    EXPECT_EQ(findingsOf(kStreamType, "{\"type\":\"test\"}"),
+              std::vector<std::string>{"/type: \"test\" read as \"undefined\""});
+}
+
+TEST_F(ZelctCheckTest, MemberTheClassNeverReadsIsDropped) {
+    Json::Value document = sfpDocument();
+    document["vendor"] = "FS";
+    document["extra"]["a"] = 1;
+    const std::vector<Finding> findings = findDifferences(kSfp, document, readAs(kSfp, document));
+    ASSERT_EQ(findings.size(), 2u);
+    EXPECT_EQ(findings[0].type, Finding::Type::Dropped);
+    EXPECT_EQ(findingText(findings[0]), "/extra: dropped (never read)");
+    EXPECT_EQ(findingText(findings[1]), "/vendor: dropped (never read)");
+    EXPECT_EQ(findings[1].original, Json::Value("FS"));
+}
+
+TEST_F(ZelctCheckTest, ValueReadAsAnotherIsChanged) {
+    Json::Value document = sfpDocument();
+    document["present"] = 1;
+    document["wavelength"] = 850.7;
+    EXPECT_EQ(
+        texts(findDifferences(kSfp, document, readAs(kSfp, document))),
+        (std::vector<std::string>{"/present: 1 read as true", "/wavelength: 850.7 read as 850"}));
+}
+
+TEST_F(ZelctCheckTest, TextReadOnlyThroughItsLogLineIsStillRead) {
+    // Without "ip" the address is the same 0, but the log line names what was read.
+    EXPECT_EQ(findingsOf(kAddress, "{\"ip\":\"10.0.0.300\"}"),
+              std::vector<std::string>{"/ip: \"10.0.0.300\" read as \"0.0.0.0\""});
+}
+
+TEST_F(ZelctCheckTest, ValueReadButAbsentFromWhatIsWrittenIsNotWrittenBack) {
+    const Json::Value document = parseJson("{\"format\":\"1080p50\"}");
+    const std::vector<Finding> findings =
+        findDifferences(kFormat, document, readAs(kFormat, document));
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].type, Finding::Type::NotWrittenBack);
+    EXPECT_EQ(findingText(findings[0]), "/format: \"1080p50\" read but not written back");
+}
+
+TEST_F(ZelctCheckTest, MissingMembersAreAddedWithTheirDefault) {
+    EXPECT_EQ(findingsOf(kAddress, "{}"),
+              std::vector<std::string>{"/ip: added with default \"0.0.0.0\""});
+}
+
+TEST_F(ZelctCheckTest, EmptyListTheClassDoesNotWriteIsNoFinding) {
+    EXPECT_TRUE(findingsOf(kAlarms, "{\"alarms\":[]}").empty());
+}
+
+TEST_F(ZelctCheckTest, SetWrittenInItsOwnOrderPairsElementsByContent) {
+    AlarmManager manager;
+    manager.setAlarm(Alarm::LINK_DOWN, Alarm::ALARM_ON);
+    manager.setAlarm(Alarm::NO_PACKETS_RECEIVED, Alarm::ALARM_ON);
+    Json::Value written;
+    manager.Serialize(written);
+    Json::Value reversed;
+    reversed["alarms"].append(written["alarms"][1]);
+    reversed["alarms"].append(written["alarms"][0]);
+    EXPECT_TRUE(findDifferences(kAlarms, reversed, readAs(kAlarms, reversed)).empty());
+
+    reversed["alarms"][0]["severity"] = "Error";
+    EXPECT_EQ(texts(findDifferences(kAlarms, reversed, readAs(kAlarms, reversed))),
+              std::vector<std::string>{"/alarms/0/severity: \"Error\" read as \"ok\""});
+}
+
+TEST_F(ZelctCheckTest, SecondAlarmOfOneKindIsReadButNotWrittenBack) {
+    EXPECT_EQ(findingsOf(kAlarms,
+                         "{\"alarms\":[{\"type\":5,\"severity\":\"error\",\"description\":\"a\"},"
+                         "{\"type\":5,\"severity\":\"error\",\"description\":\"b\"}]}"),
+              std::vector<std::string>{"/alarms/1: {\"description\":\"b\",\"severity\":\"error\","
+                                       "\"type\":5} read but not written back"});
+}
+
+TEST_F(ZelctCheckTest, SmallDocumentIsDecidedNodeByNode) {
+    Json::Value document;
+    for (int i = 0; i < 6; ++i) {
+        document["items"][i]["v"] = 1.5;
+    }
+    EXPECT_EQ(texts(findDifferences(kFirstFour, document, readAs(kFirstFour, document))),
+              (std::vector<std::string>{"/items/0/v: 1.5 read as 1", "/items/1/v: 1.5 read as 1",
+                                        "/items/2/v: 1.5 read as 1", "/items/3/v: 1.5 read as 1",
+                                        "/items/4/v: dropped (never read)",
+                                        "/items/5/v: dropped (never read)"}));
+}
+
+TEST_F(ZelctCheckTest, LongListGetsOneFindingPerElement) {
+    SessionStreamBasics stream;
+    stream.type.setValue(StreamType::STREAM_AUDIO);
+    Json::Value element;
+    stream.Serialize(element);
+    element["state"] = "enabled";
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 1000; ++i) {
+        document.append(element);
+    }
+    const std::vector<Finding> findings =
+        findDifferences(kStreams, document, readAs(kStreams, document));
+    ASSERT_EQ(findings.size(), 1000u);
+    EXPECT_EQ(findingText(findings[0]), "/0/state: \"enabled\" read as \"Disabled\"");
+    EXPECT_EQ(findingText(findings[999]), "/999/state: \"enabled\" read as \"Disabled\"");
+}
+
+// ---- unusable documents ----
+
+TEST_F(ZelctCheckTest, WrongJsonTypeIsLocatedAtTheDeepestNode) {
+    const Json::Value document =
+        parseJson("{\"alarms\":[{\"type\":7},{\"type\":\"8\",\"severity\":\"warning\"}]}");
+    const FailurePlace place = locateFailure(kAlarms, document);
+    ASSERT_TRUE(place.found);
+    EXPECT_EQ(pointerText(place.path), "/alarms/1/type");
+}
+
+TEST_F(ZelctCheckTest, FirstRejectedNodeIsReportedWithItsOwnError) {
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 100; ++i) {
+        SessionStreamBasics().Serialize(document[i]);
+    }
+    document[40]["session"] = "forty";
+    document[70]["linked"] = 1;
+    document[70]["name"] = Json::Value(Json::arrayValue);
+    const FailurePlace place = locateFailure(kStreams, document);
+    ASSERT_TRUE(place.found);
+    EXPECT_EQ(pointerText(place.path), "/40/session");
+    EXPECT_EQ(place.error, "Value is not convertible to UInt64.");
+}
+
+TEST_F(ZelctCheckTest, DocumentWithAWrongJsonTypeIsUnusable) {
+    const Outcome outcome = checkDocument(kSfp, parseJson("{\"wavelength\":\"850\"}"), true);
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem,
+              "/wavelength: the library cannot read \"850\" here (Value is not convertible to "
+              "Int.)");
+    EXPECT_EQ(exitCodeOf(outcome.status), 2);
+}
+
+TEST_F(ZelctCheckTest, WrongTopLevelTypeIsUnusableBeforeReading) {
+    const Outcome outcome = checkDocument(kSfp, parseJson("[1]"), true);
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem, "the top-level value is an array, expected an object for sfp");
+}
+
+TEST_F(ZelctCheckTest, FilesThatCannotBeLoadedCarryTheFileMgrCode) {
+    TempDir dir;
+    Outcome missing = checkFile(kSfp, dir.file("missing.json"), true);
+    EXPECT_EQ(missing.status, Outcome::Status::Unusable);
+    EXPECT_EQ(missing.fileMgrCode, -17);
+    EXPECT_EQ(missing.problem, "cannot load (FileMgr code -17: the file cannot be opened)");
+
+    writeFile(dir.file("broken.json"), "{\"present\": tru");
+    EXPECT_EQ(checkFile(kSfp, dir.file("broken.json"), true).fileMgrCode, -13);
+
+    const Outcome directory = checkFile(kSfp, dir.path(), true);
+    EXPECT_EQ(directory.status, Outcome::Status::Unusable);
+    EXPECT_EQ(directory.problem, "cannot load: a directory, not a file");
+}
+
+TEST_F(ZelctCheckTest, ExitCodesOrderExactFindingsUnusable) {
+    EXPECT_EQ(exitCodeOf(Outcome::Status::Exact), 0);
+    EXPECT_EQ(exitCodeOf(Outcome::Status::Findings), 1);
+    EXPECT_EQ(exitCodeOf(Outcome::Status::Unusable), 2);
+}
+
+// ---- report ----
+
+TEST_F(ZelctCheckTest, JsonReportParsesBackWithEveryFinding) {
+    const Outcome outcome = checkDocument(kState, parseJson("{\"state\":\"enabled\"}"), true);
+    const Json::Value report = parseJson(indentedJson(outcomeJson("state.json", kState, outcome)));
+    EXPECT_EQ(report["file"], "state.json");
+    EXPECT_EQ(report["kind"], "state");
+    EXPECT_EQ(report["result"], "findings");
+    EXPECT_EQ(report["exit"], 1);
+    ASSERT_EQ(report["findings"].size(), 1u);
+    EXPECT_EQ(report["findings"][0]["path"], "/state");
+    EXPECT_EQ(report["findings"][0]["finding"], "changed");
+    EXPECT_EQ(report["findings"][0]["original"], "enabled");
+    EXPECT_EQ(report["findings"][0]["understood"], "Disabled");
+}
+
+TEST_F(ZelctCheckTest, JsonReportOfAnUnusableFileNamesThePath) {
+    const Outcome outcome = checkDocument(kSfp, parseJson("{\"wavelength\":[]}"), true);
+    const Json::Value report = parseJson(indentedJson(outcomeJson("sfp.json", kSfp, outcome)));
+    EXPECT_EQ(report["result"], "unusable");
+    EXPECT_EQ(report["exit"], 2);
+    EXPECT_EQ(report["path"], "/wavelength");
+    EXPECT_FALSE(report.isMember("findings"));
+}
+
+TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {
+    std::vector<std::string> names;
+    for (const Kind& kind : allKinds()) {
+        ASSERT_NE(kind.make, nullptr);
+        EXPECT_EQ(findKind(kind.name), &kind);
+        Json::Value document;
+        kind.make()->Serialize(document);
+        if (!document.isNull()) {
+            EXPECT_TRUE(hasTopLevel(kind, document)) << kind.name;
+        }
+    }
+    EXPECT_EQ(findKind("no-such-kind"), nullptr);
+}

@@ -1,0 +1,72 @@
+# Runs one command-line case of zelct and compares what it does with what the case expects.
+#
+# A case folder holds:
+#   cmd      the arguments, one line, quoted as in a shell; @OUT@ stands for a scratch file
+#   stdout   the exact standard output
+#   stderr   the exact standard error
+#   exit     the exit code
+#   written  (optional) the exact content the command must leave in @OUT@
+# When the arguments hold --json, standard output must also parse as JSON.
+#
+# Called with -DTOOL, -DEMULATOR ("|"-separated, may be empty), -DCASE_DIR, -DWORK_DIR and
+# -DSCRATCH_DIR.
+cmake_minimum_required(VERSION 3.19)
+
+file(REMOVE_RECURSE "${SCRATCH_DIR}")
+file(MAKE_DIRECTORY "${SCRATCH_DIR}")
+set(scratch_file "${SCRATCH_DIR}/written.json")
+
+file(READ "${CASE_DIR}/cmd" command_line)
+string(STRIP "${command_line}" command_line)
+string(REPLACE "@OUT@" "${scratch_file}" command_line "${command_line}")
+separate_arguments(arguments UNIX_COMMAND "${command_line}")
+string(REPLACE "|" ";" emulator "${EMULATOR}")
+
+execute_process(
+    COMMAND ${emulator} "${TOOL}" ${arguments}
+    WORKING_DIRECTORY "${WORK_DIR}"
+    OUTPUT_VARIABLE actual_stdout
+    ERROR_VARIABLE actual_stderr
+    RESULT_VARIABLE actual_exit)
+
+set(failures "")
+
+function(expect_same what expected actual)
+    if(NOT "${expected}" STREQUAL "${actual}")
+        file(WRITE "${SCRATCH_DIR}/expected.${what}" "${expected}")
+        file(WRITE "${SCRATCH_DIR}/actual.${what}" "${actual}")
+        execute_process(COMMAND diff -u "${SCRATCH_DIR}/expected.${what}"
+                                        "${SCRATCH_DIR}/actual.${what}"
+                        OUTPUT_VARIABLE difference)
+        set(failures "${failures}\n--- ${what} differs:\n${difference}" PARENT_SCOPE)
+    endif()
+endfunction()
+
+file(READ "${CASE_DIR}/stdout" expected_stdout)
+file(READ "${CASE_DIR}/stderr" expected_stderr)
+file(READ "${CASE_DIR}/exit" expected_exit)
+string(STRIP "${expected_exit}" expected_exit)
+
+expect_same(stdout "${expected_stdout}" "${actual_stdout}")
+expect_same(stderr "${expected_stderr}" "${actual_stderr}")
+expect_same(exit "${expected_exit}" "${actual_exit}")
+
+if(EXISTS "${CASE_DIR}/written")
+    file(READ "${CASE_DIR}/written" expected_written)
+    set(actual_written "(no file written)")
+    if(EXISTS "${scratch_file}")
+        file(READ "${scratch_file}" actual_written)
+    endif()
+    expect_same(written "${expected_written}" "${actual_written}")
+endif()
+
+if(command_line MATCHES "(^| )--json( |$)")
+    string(JSON json_type ERROR_VARIABLE json_error TYPE "${actual_stdout}")
+    if(json_error)
+        set(failures "${failures}\n--- standard output is not JSON: ${json_error}")
+    endif()
+endif()
+
+if(failures)
+    message(FATAL_ERROR "zelct ${command_line} (in ${WORK_DIR})${failures}")
+endif()

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <string>
+#include <vector>
+
+#include "JsonText.h"
+#include "Kinds.h"
+#include "Log.h"
+
+namespace zelct {
+
+// What the library made of one document: the document a fresh object of the kind writes
+// after reading it, and what it logged on the way. Reading works on a copy, since it adds
+// null members to what it is given.
+struct Reading {
+    bool failed = false;     // reading or writing threw
+    std::string error;       // the exception's text when it did
+    Json::Value understood;  // null when it failed
+    std::vector<LogLine> log;
+};
+
+// Reads the document into a default object of the kind and writes that into an empty value.
+// Log lines are recorded, not shown. Never throws.
+Reading readAs(const Kind& kind, const Json::Value& document);
+
+// One difference between a document and what the library understood from it.
+struct Finding {
+    enum class Type {
+        Dropped,         // the class never reads it
+        Changed,         // read, and written back as another value
+        NotWrittenBack,  // read, and absent from what the class writes
+        Added,           // absent from the document, written by the class
+    };
+    Type type;
+    JsonPath path;
+    Json::Value original;    // null for Added
+    Json::Value understood;  // null for Dropped and NotWrittenBack
+};
+
+// "dropped", "changed", "not-written-back" or "added".
+const char* findingTypeName(Finding::Type type);
+
+// The finding as one line: "/0/channels/3/name: dropped (never read)". Values are compact
+// JSON; an object or array longer than a line's worth is summarised by its size.
+std::string findingText(const Finding& finding);
+
+// Walks the document and what the library understood from it (`baseline`, a successful
+// reading of it) side by side. Where they differ, it finds out whether the class reads the
+// node by reading the document again with the node replaced by a value no reader accepts,
+// removed, and replaced by another value of its type: if none of these changes what is
+// understood or logged, the node is never read.
+std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
+                                     const Reading& baseline);
+
+// Where a reading that throws goes wrong: the first node in document order that the reading
+// rejects, as deep as replacing nodes by null (read as the defaults) can tell, and what the
+// reading says about it alone. `found` is false when nulling the document's members does not
+// let the reading succeed.
+struct FailurePlace {
+    bool found = false;
+    JsonPath path;
+    std::string error;
+};
+FailurePlace locateFailure(const Kind& kind, const Json::Value& document);
+
+// The verdict on one document or file.
+struct Outcome {
+    enum class Status { Exact, Findings, Unusable };
+    Status status = Status::Exact;
+    std::vector<Finding> findings;
+    Json::Value understood;
+    std::string problem;        // Unusable: one line, without the file name
+    int fileMgrCode = 0;        // Unusable because FileMgr refused the file; else 0
+    FailurePlace problemPlace;  // Unusable because a node has the wrong JSON type
+};
+
+// 0 for Exact, 1 for Findings, 2 for Unusable.
+int exitCodeOf(Outcome::Status status);
+
+// Checks a document: its top-level type, then reads it (showing what the library logs) and,
+// when `withFindings`, compares. A reading that throws makes it Unusable.
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings);
+
+// Loads the file with FileMgr::loadLocalCfg. When it cannot be used, returns false with the
+// Unusable outcome in `failure`.
+bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure);
+
+// Loads the file and checks the document.
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings);
+
+}  // namespace zelct

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "IJsonSerializable.h"
+
+namespace zelct {
+
+// The JSON type a kind's document has at its top level.
+enum class TopLevel { Object, Array };
+
+// A document kind: a class of the library whose JSON form stands alone as a file.
+struct Kind {
+    const char* name;
+    TopLevel topLevel;
+    const char* description;
+    std::unique_ptr<IJsonSerializable> (*make)();  // a default-constructed object
+};
+
+// Every kind, in the order `zelct kinds` lists them.
+const std::vector<Kind>& allKinds();
+
+// The kind of that name, or nullptr.
+const Kind* findKind(const std::string& name);
+
+// "an object" or "an array".
+const char* topLevelText(TopLevel topLevel);
+
+// Whether a document has the top-level JSON type of the kind.
+bool hasTopLevel(const Kind& kind, const Json::Value& document);
+
+}  // namespace zelct

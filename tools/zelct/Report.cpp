@@ -1,0 +1,90 @@
+#include "Report.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zelct {
+
+namespace {
+
+const char* resultName(Outcome::Status status) {
+    switch (status) {
+        case Outcome::Status::Exact:
+            return "exact";
+        case Outcome::Status::Findings:
+            return "findings";
+        case Outcome::Status::Unusable:
+            return "unusable";
+    }
+    return "";
+}
+
+Json::Value findingJson(const Finding& finding) {
+    Json::Value json(Json::objectValue);
+    json["path"] = pointerText(finding.path);
+    json["finding"] = findingTypeName(finding.type);
+    if (finding.type != Finding::Type::Added) {
+        json["original"] = finding.original;
+    }
+    if (finding.type == Finding::Type::Changed || finding.type == Finding::Type::Added) {
+        json["understood"] = finding.understood;
+    }
+    json["text"] = findingText(finding);
+    return json;
+}
+
+}  // namespace
+
+void printOutcome(const std::string& file, const Outcome& outcome, std::ostream& out,
+                  std::ostream& err) {
+    switch (outcome.status) {
+        case Outcome::Status::Exact:
+            out << file << ": understood exactly\n";
+            break;
+        case Outcome::Status::Findings:
+            for (const Finding& finding : outcome.findings) {
+                out << file << ": " << findingText(finding) << '\n';
+            }
+            break;
+        case Outcome::Status::Unusable:
+            err << file << ": " << outcome.problem << '\n';
+            break;
+    }
+}
+
+Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome& outcome) {
+    Json::Value json(Json::objectValue);
+    json["file"] = file;
+    json["kind"] = kind.name;
+    json["result"] = resultName(outcome.status);
+    json["exit"] = exitCodeOf(outcome.status);
+    if (outcome.status == Outcome::Status::Unusable) {
+        json["error"] = outcome.problem;
+        if (outcome.fileMgrCode != 0) {
+            json["filemgr-code"] = outcome.fileMgrCode;
+        }
+        if (outcome.problemPlace.found) {
+            json["path"] = pointerText(outcome.problemPlace.path);
+        }
+        return json;
+    }
+    json["findings"] = Json::Value(Json::arrayValue);
+    for (const Finding& finding : outcome.findings) {
+        json["findings"].append(findingJson(finding));
+    }
+    return json;
+}
+
+void printKinds(std::ostream& out) {
+    size_t width = 0;
+    for (const Kind& kind : allKinds()) {
+        width = std::max(width, std::strlen(kind.name));
+    }
+    for (const Kind& kind : allKinds()) {
+        const char* shape = kind.topLevel == TopLevel::Array ? "array " : "object";
+        out << kind.name << std::string(width + 2 - std::strlen(kind.name), ' ') << shape << "  "
+            << kind.description << '\n';
+    }
+}
+
+}  // namespace zelct
