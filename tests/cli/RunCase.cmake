@@ -5,7 +5,8 @@
 #   stdout   the exact standard output
 #   stderr   the exact standard error
 #   exit     the exit code
-#   written  (optional) the exact content the command must leave in @OUT@
+#   written  (optional) the exact content the command must leave in @OUT@, with no other
+#            file beside it (no temporary left behind)
 # When the arguments hold --json, standard output must also parse as JSON.
 #
 # Called with -DTOOL, -DEMULATOR ("|"-separated, may be empty), -DCASE_DIR, -DWORK_DIR and
@@ -58,6 +59,10 @@ if(EXISTS "${CASE_DIR}/written")
         file(READ "${scratch_file}" actual_written)
     endif()
     expect_same(written "${expected_written}" "${actual_written}")
+    file(GLOB leftovers "${SCRATCH_DIR}/written.json?*")
+    if(leftovers)
+        set(failures "${failures}\n--- files left beside the written one: ${leftovers}")
+    endif()
 endif()
 
 if(command_line MATCHES "(^| )--json( |$)")

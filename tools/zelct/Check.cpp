@@ -7,8 +7,6 @@
 #include <set>
 #include <utility>
 
-#include <sys/stat.h>
-
 #include "FileMgr.h"
 
 namespace zelct {
@@ -208,8 +206,13 @@ std::string patternText(const JsonPath& path) {
 
 class Comparison {
 public:
-    Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline)
-        : kind_(kind), document_(document), baseline_(baseline), nodes_(nodeCount(document)) {}
+    Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline,
+               size_t exactWork)
+        : kind_(kind),
+          document_(document),
+          baseline_(baseline),
+          exactWork_(exactWork),
+          nodes_(nodeCount(document)) {}
 
     std::vector<Finding> run() {
         JsonPath path;
@@ -316,7 +319,7 @@ private:
     template <class Compute>
     bool decide(const char* question, const JsonPath& path, Compute compute) {
         Verdict& verdict = verdicts_[std::string(question) + " " + patternText(path)];
-        if (rereads_ * nodes_ > kExactWork && verdict.seen >= kTrustedAfter && verdict.agreed) {
+        if (rereads_ * nodes_ > exactWork_ && verdict.seen >= kTrustedAfter && verdict.agreed) {
             return verdict.answer;
         }
         const bool answer = compute();
@@ -349,13 +352,13 @@ private:
         bool answer = false;
     };
     static constexpr int kTrustedAfter = 3;
-    static constexpr size_t kExactWork = 2000000;  // nodes read again, all readings together
 
     const Kind& kind_;
     const Json::Value& document_;
     const Reading& baseline_;
     std::vector<Finding> findings_;
     std::map<std::string, Verdict> verdicts_;
+    size_t exactWork_;  // nodes read again, all readings together
     size_t rereads_ = 0;
     size_t nodes_;
 };
@@ -394,7 +397,7 @@ bool readsWithNullsFrom(const Kind& kind, const Json::Value& document,
 const char* fileMgrMeaning(int code) {
     switch (code) {
         case FileMgr::kErrOpenRead:
-            return "the file cannot be opened";
+            return "the file cannot be opened or is refused";
         case FileMgr::kErrParse:
             return "not valid JSON";
         default:
@@ -477,8 +480,8 @@ std::string findingText(const Finding& finding) {
 }
 
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
-                                     const Reading& baseline) {
-    return Comparison(kind, document, baseline).run();
+                                     const Reading& baseline, size_t exactWork) {
+    return Comparison(kind, document, baseline, exactWork).run();
 }
 
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
@@ -548,14 +551,6 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
 }
 
 bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure) {
-    // FileMgr sizes a file by seeking to its end; a directory has no such size, and a named
-    // pipe would block the open until someone writes to it.
-    struct stat status;
-    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        failure = unusable(S_ISDIR(status.st_mode) ? "cannot load: a directory, not a file"
-                                                   : "cannot load: not a regular file");
-        return false;
-    }
     FileMgr files;
     const int code = files.loadLocalCfg(path, document);
     if (code != 0) {

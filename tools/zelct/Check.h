@@ -50,9 +50,11 @@ std::string findingText(const Finding& finding);
 // reading of it) side by side. Where they differ, it finds out whether the class reads the
 // node by reading the document again with the node replaced by a value no reader accepts,
 // removed, and replaced by another value of its type: if none of these changes what is
-// understood or logged, the node is never read.
+// understood or logged, the node is never read. Past `exactWork` nodes read again, an answer
+// that the same member of several elements of a list has had alike is taken for the others.
+constexpr size_t kExactWork = 2000000;
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
-                                     const Reading& baseline);
+                                     const Reading& baseline, size_t exactWork = kExactWork);
 
 // Where a reading that throws goes wrong: the first node in document order that the reading
 // rejects, as deep as replacing nodes by null (read as the defaults) can tell, and what the

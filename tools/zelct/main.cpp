@@ -32,6 +32,7 @@ struct Arguments {
     std::vector<std::string> files;
     std::string input;
     std::string output;
+    bool durable = false;
     std::string file;
     std::string format;
     PtimeRequest ptime;
@@ -99,7 +100,8 @@ int runNormalize(const Arguments& args) {
         return 0;
     }
     FileMgr files;
-    const int code = files.storeLocalCfg(args.output, outcome.understood);
+    const int code = args.durable ? files.storeLocalCfgDurable(args.output, outcome.understood)
+                                  : files.storeLocalCfg(args.output, outcome.understood);
     if (code != 0) {
         std::cerr << args.output << ": cannot store (FileMgr code " << code << ")\n";
         return kUnusable;
@@ -167,6 +169,11 @@ int run(int argc, char** argv) {
     normalize->add_option("-o,--output", args.output,
                           "File to store the document in (FileMgr::storeLocalCfg); "
                           "standard output without it");
+    normalize
+        ->add_flag("--durable", args.durable,
+                   "Store with FileMgr::storeLocalCfgDurable: a temporary file synced and renamed "
+                   "over OUT, so OUT is never left half written")
+        ->needs("--output");
 
     CLI::App* templ = app.add_subcommand(
         "template", "Print the document that a default-constructed object of KIND writes");
