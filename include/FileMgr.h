@@ -39,7 +39,10 @@ public:
     int loadFileContent(const std::string& path, std::string& content);
 
     // Loads and parses the file into root; any JSON document is accepted (object, array or
-    // scalar). 0, -17 or -13; root is left untouched on -17.
+    // scalar). 0, -17 or -13; on -17 and -13 root is exactly as it was. Never throws: a
+    // document that jsoncpp refuses by throwing (nesting deeper than its limit of 1,000
+    // levels) gives -13 with the same two lines as any malformed text, the second carrying
+    // jsoncpp's message.
     int loadLocalCfg(const std::string& path, Json::Value& root);
 
     // Writes root as styled JSON text straight into the file, replacing its content. A

@@ -201,6 +201,76 @@ TEST_F(FileMgrTest, MalformedJsonReturns13WithBothErrorLines) {
     EXPECT_GT(lines[2].second.size(), std::strlen("ERR::Error: ''"));
 }
 
+// levels nested arrays ("[[...]]") or objects ("{"a":{"a":...1}}").
+std::string nested(int levels, bool objects) {
+    std::string text;
+    for (int i = 0; i < levels; ++i) {
+        text += objects ? "{\"a\":" : "[";
+    }
+    text += "1";
+    for (int i = 0; i < levels; ++i) {
+        text += objects ? "}" : "]";
+    }
+    return text;
+}
+
+TEST_F(FileMgrTest, NestingBeyondTheParserLimitReturns13AndKeepsRoot) {
+    for (const bool objects : {false, true}) {
+        SCOPED_TRACE(objects ? "objects" : "arrays");
+        const std::string path = dir.file("deep.json");
+        const std::string text = nested(2000, objects);
+        writeFile(path, text);
+        log.clear();
+        Json::Value root = parseJson(R"({"kept": [1, "two"]})");
+        int result = 0;
+        EXPECT_NO_THROW(result = files.loadLocalCfg(path, root));
+        EXPECT_EQ(result, -13);
+        EXPECT_EQ(root, parseJson(R"({"kept": [1, "two"]})"));
+        const auto lines = log.lines();
+        ASSERT_EQ(lines.size(), 3u);
+        EXPECT_EQ(lines[1], logLine(Logger::logError, "ERR::Error parsing Json '" + text + "'"));
+        EXPECT_EQ(lines[2],
+                  logLine(Logger::logError, "ERR::Error: 'Exceeded stackLimit in readValue().'"));
+    }
+}
+
+TEST_F(FileMgrTest, NestingJustBelowTheParserLimitLoads) {
+    for (const bool objects : {false, true}) {
+        SCOPED_TRACE(objects ? "objects" : "arrays");
+        const std::string path = dir.file("deep.json");
+        writeFile(path, nested(999, objects));
+        Json::Value root;
+        ASSERT_EQ(files.loadLocalCfg(path, root), 0);
+        const Json::Value* inner = &root;
+        for (int level = 0; level < 999; ++level) {
+            inner = objects ? &(*inner)["a"] : &(*inner)[0];
+        }
+        EXPECT_EQ(*inner, Json::Value(1));
+    }
+}
+
+TEST_F(FileMgrTest, FailedParseLeavesRootExactlyAsItWas) {
+    const std::string path = dir.file("half.json");
+    writeFile(path, R"({"serial-number":"x","madi-lock":1e400})");
+    Json::Value root = parseJson(R"({"serial-number": "kept", "eth": [{"name": "eth0"}]})");
+    const Json::Value before = root;
+    EXPECT_EQ(files.loadLocalCfg(path, root), -13);
+    EXPECT_EQ(root, before);
+    EXPECT_FALSE(root.isMember("madi-lock"));
+
+    Json::Value empty;
+    EXPECT_EQ(files.loadLocalCfg(path, empty), -13);
+    EXPECT_TRUE(empty.isNull());
+}
+
+TEST_F(FileMgrTest, SuccessfulLoadReplacesWhatRootHeld) {
+    const std::string path = dir.file("new.json");
+    writeFile(path, R"({"b": 2})");
+    Json::Value root = parseJson(R"({"a": 1})");
+    EXPECT_EQ(files.loadLocalCfg(path, root), 0);
+    EXPECT_EQ(root, parseJson(R"({"b": 2})"));
+}
+
 TEST_F(FileMgrTest, TopLevelArrayAndNumberAreAccepted) {
     const std::string arrayPath = dir.file("array.json");
     writeFile(arrayPath, "[1, 2, 3]");

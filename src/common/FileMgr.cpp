@@ -149,6 +149,22 @@ int syncFolder(const std::string& folder) {
     return err == EINVAL ? 0 : err;
 }
 
+// Parses with jsoncpp's default settings, where the text lies: Json::parseFromStream would copy
+// it into a stream and out again before handing it to the same reader, with the same result
+// and the same error text. jsoncpp throws instead of reporting for some
+// documents (nesting beyond its stack limit of 1,000 levels); that is a malformed file like
+// any other, and its message becomes the error text.
+bool parseText(const std::string& text, Json::Value& parsed, std::string& errors) {
+    Json::CharReaderBuilder builder;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    try {
+        return reader->parse(text.data(), text.data() + text.size(), &parsed, &errors);
+    } catch (const std::exception& thrown) {
+        errors = thrown.what();
+        return false;
+    }
+}
+
 }  // namespace
 
 int FileMgr::loadFileContent(const std::string& path, std::string& content) {
@@ -208,17 +224,16 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
         return result;
     }
 
-    // The reader parses the loaded text where it lies. Json::parseFromStream would copy it
-    // into a stream and out again before handing it to the same reader, with the same result
-    // and the same error text.
-    Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    // The document is parsed into a value of its own and handed over whole, so a failed
+    // parse never leaves half a document in the caller's root.
+    Json::Value parsed;
     std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors)) {
+    if (!parseText(text, parsed, errors)) {
         Logger::log(Logger::logError, "ERR::Error parsing Json '%s'", text.c_str());
         Logger::log(Logger::logError, "ERR::Error: '%s'", errors.c_str());
         return kErrParse;
     }
+    root.swap(parsed);
     return kOk;
 }
 
