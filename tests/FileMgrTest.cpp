@@ -608,3 +608,26 @@ TEST_F(FileMgrTest, DurableStoreWithinTheFileSizeLimitSucceeds) {
     EXPECT_TRUE(outcome.lines.empty());
     EXPECT_EQ(readFile(path), root.toStyledString());
 }
+
+TEST(TestSupport, LogCaptureRestoresTheThresholdItFound) {
+    const Logger::logDebugLevel_t outer = Logger::getThreshold();
+    Logger::setThreshold(Logger::logError);
+    {
+        LogCapture capture;
+        EXPECT_EQ(Logger::getThreshold(), Logger::logVerbose);
+    }
+    EXPECT_EQ(Logger::getThreshold(), Logger::logError);
+    Logger::setThreshold(outer);
+}
+
+TEST(TestSupport, TempDirThatCannotBeMadeThrows) {
+    const char* previous = std::getenv("TMPDIR");
+    const std::string kept = previous != nullptr ? previous : "";
+    ::setenv("TMPDIR", "/proc", 1);  // a folder where no one can make a folder
+    EXPECT_THROW(TempDir(), std::runtime_error);
+    if (previous != nullptr) {
+        ::setenv("TMPDIR", kept.c_str(), 1);
+    } else {
+        ::unsetenv("TMPDIR");
+    }
+}

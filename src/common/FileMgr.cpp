@@ -6,8 +6,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -16,32 +14,61 @@
 
 namespace {
 
+// Where a failed load reports from in the check-and-report form. Fixed text and number, not
+// this file's: the device's log readers match the line as the first build of the library wrote it.
+constexpr struct {
+    const char* signature;
+    int line;
+} kLoadCheck = {"int FileMgr::loadLocalCfg(const string&, Json::Value&)", 55};
+
 // Opens the path for reading without ever waiting: a FIFO without a writer would block a
 // plain fopen until some other process opened it for writing.
 int openForReading(const std::string& path) {
     return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
 }
 
-// Checks what the open descriptor refers to before anything is allocated for it. Logs and
-// returns false when the file cannot be loaded as a whole.
-bool isLoadableFile(const std::string& path, int fd) {
+// Checks what the open descriptor refers to before anything is allocated for it, and sizes
+// it: the one size that is read. Logs and returns -1 when the file cannot be loaded as a
+// whole.
+off_t loadableSize(const std::string& path, int fd) {
     struct stat info {};
     if (::fstat(fd, &info) != 0) {
         Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
-        return false;
+        return -1;
     }
     if (!S_ISREG(info.st_mode)) {
         // A directory opens fine and reports a size that means nothing; a FIFO or a device
         // has no size at all, and reading one may never end.
         Logger::log(Logger::logError, "ERR::path '%s' is not a regular file", path.c_str());
-        return false;
+        return -1;
     }
     if (info.st_size > FileMgr::kMaxFileSize) {
         Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %d)",
                     path.c_str(), static_cast<long long>(info.st_size), FileMgr::kMaxFileSize);
-        return false;
+        return -1;
     }
-    return true;
+    return info.st_size;
+}
+
+// Reads up to size bytes, going on after short reads and interruptions, and stops early at
+// the end of a file that shrank meanwhile. Returns the bytes read, or -1 when nothing was
+// read without reaching the end: a read error, or a request for no bytes at all (an empty
+// file), which is how a single fread of the whole file reports both.
+ssize_t readFully(int fd, char* data, size_t size) {
+    size_t done = 0;
+    bool ended = false;
+    while (done < size) {
+        const ssize_t got = ::read(fd, data + done, size - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            ended = got == 0;
+            break;
+        }
+        done += static_cast<size_t>(got);
+    }
+    return done == 0 && !ended ? -1 : static_cast<ssize_t>(done);
 }
 
 void logSaveFailure(const char* what, const std::string& path, int err) {
@@ -173,45 +200,23 @@ int FileMgr::loadFileContent(const std::string& path, std::string& content) {
         Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
         return kErrOpenRead;
     }
-    if (!isLoadableFile(path, fd)) {
-        ::close(fd);
-        return kErrOpenRead;
-    }
-    FILE* file = ::fdopen(fd, "r");
-    if (file == nullptr) {
-        Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
-        ::close(fd);
-        return kErrOpenRead;
-    }
-    std::fseek(file, 0, SEEK_END);
-    const long size = std::ftell(file);
-    std::rewind(file);
+    const off_t size = loadableSize(path, fd);
     if (size < 0) {
-        Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
-        std::fclose(file);
-        return kErrOpenRead;
-    }
-    if (size > kMaxFileSize) {
-        // Grew past the limit since it was checked.
-        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %d)",
-                    path.c_str(), static_cast<long long>(size), kMaxFileSize);
-        std::fclose(file);
+        ::close(fd);
         return kErrOpenRead;
     }
 
-    // One byte more than the file, zero-filled, so the text is always NUL-terminated.
-    char* buffer = static_cast<char*>(std::calloc(static_cast<size_t>(size) + 1, 1));
-    if (std::fread(buffer, 1, static_cast<size_t>(size), file) == 0 && !std::feof(file)) {
+    // Zero-filled, so whatever a failed or short read leaves out reads as the end of the text.
+    std::string buffer(static_cast<size_t>(size), '\0');
+    if (readFully(fd, &buffer[0], buffer.size()) < 0) {
         Logger::log(Logger::logError, "ERR::fread failed");
     }
-    std::fclose(file);
+    ::close(fd);
 
     // The content ends at the first NUL byte of the file.
-    content.clear();
-    content.append(buffer);
+    content.assign(buffer.c_str());
     Logger::log(Logger::logVerbose, "VBS::path '%s' size loaded '%d'", path.c_str(),
                 static_cast<int>(content.size()));
-    std::free(buffer);
     return kOk;
 }
 
@@ -219,8 +224,8 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
     std::string text;
     const int result = loadFileContent(path, text);
     if (result < 0) {
-        Logger::log(Logger::logError, "ERR::CHK(%s)::%d Error Code %d",
-                    "int FileMgr::loadLocalCfg(const string&, Json::Value&)", 55, result);
+        Logger::log(Logger::logError, "ERR::CHK(%s)::%d Error Code %d", kLoadCheck.signature,
+                    kLoadCheck.line, result);
         return result;
     }
 

@@ -8,12 +8,12 @@
 #include "Logger.h"
 
 // Captures every log line (level and text) for the lifetime of the object, at every level.
-// Restores the default sink and threshold when it goes.
+// Restores the default sink and the threshold it found when it goes.
 class LogCapture {
 public:
     using Line = std::pair<Logger::logDebugLevel_t, std::string>;
 
-    LogCapture() {
+    LogCapture() : threshold_(Logger::getThreshold()) {
         Logger::setThreshold(Logger::logVerbose);
         Logger::setSink([this](Logger::logDebugLevel_t level, const std::string& text) {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -22,7 +22,7 @@ public:
     }
     ~LogCapture() {
         Logger::setSink(nullptr);
-        Logger::setThreshold(Logger::logInfo);
+        Logger::setThreshold(threshold_);
     }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
@@ -37,6 +37,7 @@ public:
     }
 
 private:
+    const Logger::logDebugLevel_t threshold_;
     mutable std::mutex mutex_;
     std::vector<Line> lines_;
 };

@@ -1,16 +1,25 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 // A fresh directory under the system's temporary folder, removed with everything in it.
+// Throws when it cannot be made, which fails the test that made it.
 class TempDir {
 public:
     TempDir() {
         std::string pattern = (std::filesystem::temp_directory_path() / "zelct-XXXXXX").string();
-        char* made = ::mkdtemp(&pattern[0]);
-        path_ = made != nullptr ? made : "";
+        if (::mkdtemp(&pattern[0]) == nullptr) {
+            // An empty path would send every file of the test to the working folder (and the
+            // destructor would remove nothing), so the test stops here instead.
+            throw std::runtime_error("TempDir: cannot make " + pattern + ": " +
+                                     std::strerror(errno));
+        }
+        path_ = pattern;
     }
     ~TempDir() {
         std::error_code ignored;
