@@ -51,14 +51,25 @@ public:
 
     // Writes the same styled text with the same codes and log lines as storeLocalCfg, but
     // never leaves a partly written file at the path: the text goes to a new temporary file
-    // in the same folder (path + ".tmp.<pid>.<n>"), is flushed to disk with fsync, renamed
-    // over the path, and the folder is synced so the rename survives a power cut. On -43
-    // and on any -41 before the rename, the previous file is left byte for byte as it was
-    // and the temporary is removed; a -41 from syncing the folder comes after the rename,
-    // when the new text is in place but not known to be on disk.
-    // The new file takes the permissions of the file it replaces, or 0666 less the umask.
-    // Only a regular file (or nothing) at the path is replaced: an empty path, a directory
-    // and a FIFO, device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they
-    // are. A symbolic link at the path is replaced by the file, not written through.
+    // in the same folder (".<8 random letters>.tmp", created exclusively, so any name that
+    // fits the folder works), is flushed to disk with fsync, renamed over the path, and the
+    // folder is synced so the rename survives a power cut.
+    //  - Crash or power cut: the path holds the complete old or the complete new text; a
+    //    temporary may be left in the folder.
+    //  - Full disk, quota, I/O error before the rename (-43 or -41): the old file is left
+    //    byte for byte as it was and the temporary is removed.
+    //  - A failed fsync is a failed write (-41), never retried: after EIO the kernel may
+    //    have dropped the text it could not write. Interrupted calls (EINTR) and short
+    //    writes are retried or continued.
+    //  - A -41 from opening or syncing the folder comes after the rename: the new text is
+    //    in place but not known to be on disk.
+    // The new file keeps what rewriting the old one in place would keep: its permissions
+    // (set-user-ID and set-group-ID bits too), its owner and group where the process may
+    // give them (a process that may not goes on with its own), and its extended attributes
+    // where the file system and the process allow. A new file gets 0666 less the umask.
+    // A symbolic link at the path stays and keeps pointing where it pointed; the file it
+    // points to (followed through any chain of links) is replaced, or created if missing.
+    // Only a regular file (or nothing) is replaced: an empty path, a directory and a FIFO,
+    // device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they are.
     int storeLocalCfgDurable(const std::string& path, const Json::Value& root);
 };

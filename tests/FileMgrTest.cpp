@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -630,4 +631,116 @@ TEST(TestSupport, TempDirThatCannotBeMadeThrows) {
     } else {
         ::unsetenv("TMPDIR");
     }
+}
+
+TEST_F(FileMgrTest, BothStoresAcceptAFileNameOf250Characters) {
+    const std::string path = dir.file(std::string(245, 'n') + ".json");
+    Json::Value root;
+    root["long"] = true;
+    EXPECT_EQ(files.storeLocalCfg(path, root), 0);
+    writeFile(path, "{}");
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), 0);
+    EXPECT_EQ(readFile(path), root.toStyledString());
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{std::string(245, 'n') + ".json"});
+}
+
+TEST_F(FileMgrTest, DurableStoreThroughAChainOfLinksReplacesTheFileAndKeepsTheLinks) {
+    ASSERT_TRUE(std::filesystem::create_directory(dir.file("real")));
+    const std::string file = dir.file("real/config.json");
+    writeFile(file, "{}");
+    ASSERT_EQ(::symlink("real/config.json", dir.file("inner").c_str()), 0);
+    ASSERT_EQ(::symlink("inner", dir.file("outer").c_str()), 0);
+    Json::Value root;
+    root["through"] = "links";
+    EXPECT_EQ(files.storeLocalCfgDurable(dir.file("outer"), root), 0);
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(readFile(file), root.toStyledString());
+    EXPECT_EQ(std::filesystem::read_symlink(dir.file("outer")).string(), "inner");
+    EXPECT_EQ(std::filesystem::read_symlink(dir.file("inner")).string(), "real/config.json");
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"inner", "outer", "real"}));
+    EXPECT_EQ(namesIn(dir.file("real")), std::vector<std::string>{"config.json"});
+}
+
+TEST_F(FileMgrTest, DurableStoreThroughADanglingLinkCreatesTheFileItNames) {
+    ASSERT_EQ(::symlink(dir.file("made.json").c_str(), dir.file("link").c_str()), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(dir.file("link"), root), 0);
+    EXPECT_EQ(readFile(dir.file("made.json")), root.toStyledString());
+    EXPECT_EQ(std::filesystem::read_symlink(dir.file("link")).string(), dir.file("made.json"));
+}
+
+TEST_F(FileMgrTest, DurableStoreThroughALinkLoopReturns43WithEloop) {
+    ASSERT_EQ(::symlink("b", dir.file("a").c_str()), 0);
+    ASSERT_EQ(::symlink("a", dir.file("b").c_str()), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(dir.file("a"), root), -43);
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0],
+              logLine(Logger::logError, saveLine(dir.file("a"), "open file", ELOOP)));
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"a", "b"}));
+}
+
+TEST_F(FileMgrTest, DurableStoreKeepsOwnerGroupAndSetIdBits) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only a privileged process may give a file to another owner";
+    }
+    const std::string path = dir.file("owned.json");
+    writeFile(path, "{}");
+    ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::chmod(path.c_str(), 04750), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), 0);
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, 65534u);
+    EXPECT_EQ(info.st_gid, 65534u);
+    EXPECT_EQ(info.st_mode & 07777, 04750u);
+    EXPECT_EQ(readFile(path), root.toStyledString());
+}
+
+TEST_F(FileMgrTest, DurableStoreByAnotherUserGoesOnWithItsOwnOwnership) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs a privileged process to set up a file owned by someone else";
+    }
+    const std::string path = dir.file("theirs.json");
+    writeFile(path, "{}");
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(::chown(dir.path().c_str(), 65534, 65534), 0);
+    Json::Value root;
+    root["a"] = 1;
+    // The child turns into nobody, who may write in the folder but not give files to root.
+    const ChildOutcome outcome = runWithFileSizeLimit(RLIM_INFINITY, log, [&] {
+        if (::setgid(65534) != 0 || ::setuid(65534) != 0) {
+            return 999;
+        }
+        return files.storeLocalCfgDurable(path, root);
+    });
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_TRUE(outcome.lines.empty());
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, 65534u);
+    EXPECT_EQ(info.st_mode & 07777, 0666u);
+    EXPECT_EQ(readFile(path), root.toStyledString());
+}
+
+TEST_F(FileMgrTest, DurableStoreKeepsExtendedAttributes) {
+    const std::string path = dir.file("labelled.json");
+    writeFile(path, "{}");
+    const std::string label = "kept-label";
+    if (::setxattr(path.c_str(), "user.zelct", label.data(), label.size(), 0) != 0) {
+        GTEST_SKIP() << "the temporary folder keeps no user attributes: " << std::strerror(errno);
+    }
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfgDurable(path, root), 0);
+    char value[64] = {};
+    const ssize_t size = ::getxattr(path.c_str(), "user.zelct", value, sizeof value);
+    ASSERT_EQ(size, static_cast<ssize_t>(label.size()));
+    EXPECT_EQ(std::string(value, static_cast<size_t>(size)), label);
+    EXPECT_EQ(readFile(path), root.toStyledString());
 }

@@ -2,11 +2,15 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
+#include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <memory>
 
@@ -86,15 +90,40 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// Creates a fresh temporary file beside the path. The name carries the process id and a
-// per-process counter, so two writers never share one; O_EXCL skips leftovers of a process
-// that died with the same id. Mode 0666 lets the umask decide, as for any new file.
-int createTemporary(const std::string& path, std::string& name) {
-    static std::atomic<unsigned> counter{0};
+// Eight letters or digits that no other writer is likely to pick at the same moment. They
+// need not be secret: the exclusive create below settles any clash.
+std::string randomLetters() {
+    static std::atomic<std::uint64_t> counter{0};
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    std::uint64_t bits = (static_cast<std::uint64_t>(::getpid()) << 40) ^
+                         static_cast<std::uint64_t>(now.tv_sec) * 1000000007u ^
+                         static_cast<std::uint64_t>(now.tv_nsec) ^
+                         counter.fetch_add(0x9E3779B97F4A7C15u, std::memory_order_relaxed);
+    // splitmix64's finaliser spreads every input bit over all the output bits.
+    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9u;
+    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBu;
+    bits ^= bits >> 31;
+    static const char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    std::string letters(8, 'x');
+    for (char& letter : letters) {
+        letter = kLetters[bits % (sizeof kLetters - 1)];
+        bits /= sizeof kLetters - 1;
+    }
+    return letters;
+}
+
+// Creates a fresh temporary file in the folder, named ".<8 letters>.tmp": short, so it fits
+// wherever the target's own name fits, and hidden from a plain listing. O_EXCL never opens a
+// file someone else made; a clash is retried with other letters. Mode 0666 lets the umask
+// decide, as for any new file. Returns the descriptor, or -1 with errno.
+int createTemporary(const std::string& folder, std::string& name) {
     for (int attempt = 0; attempt < 100; ++attempt) {
-        name = path + ".tmp." + std::to_string(::getpid()) + "." +
-               std::to_string(counter.fetch_add(1, std::memory_order_relaxed));
-        const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        name = folder + "/." + randomLetters() + ".tmp";
+        int fd;
+        do {
+            fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        } while (fd < 0 && errno == EINTR);
         if (fd >= 0 || errno != EEXIST) {
             return fd;
         }
@@ -102,26 +131,96 @@ int createTemporary(const std::string& path, std::string& name) {
     return -1;
 }
 
-// What the path names now: 0 when it can be replaced by a new file (it is missing or a
-// regular file), else the errno that opening it for a plain store would meet, or EINVAL for
-// a FIFO, a device or a socket, which a rename would replace by a file instead of writing
-// into it. mode receives the permissions of an existing file.
-int checkReplaceable(const std::string& path, mode_t& mode) {
+// Follows symbolic links from the path to the name that is really replaced, so that a link
+// keeps pointing where it pointed and the file behind it gets the new text, as a store
+// through the link in place would. A link to a missing file gives that file's name. Returns
+// 0 or errno (ELOOP past 40 links, as the kernel counts).
+int followLinks(const std::string& path, std::string& resolved) {
+    resolved = path;
+    for (int hops = 0; hops <= 40; ++hops) {
+        struct stat info {};
+        if (::lstat(resolved.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) {
+            return 0;
+        }
+        std::string link(PATH_MAX, '\0');
+        const ssize_t length = ::readlink(resolved.c_str(), &link[0], link.size());
+        if (length < 0) {
+            return errno;
+        }
+        link.resize(static_cast<size_t>(length));
+        resolved = link[0] == '/' ? link : folderOf(resolved) + "/" + link;
+    }
+    return ELOOP;
+}
+
+// What the durable store replaces: the file behind any links, and what it was like.
+struct Target {
+    std::string path;
+    bool exists = false;
+    struct stat info {};
+};
+
+// Finds the target of a durable store. Returns 0 when it can be replaced by a new file (it
+// is missing or a regular file), else the errno that opening it for a plain store would
+// meet, or EINVAL for a FIFO, a device or a socket, which a rename would replace by a file
+// instead of writing into it.
+int findTarget(const std::string& path, Target& target) {
     if (path.empty()) {
         return ENOENT;
     }
-    struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) {
+    const int err = followLinks(path, target.path);
+    if (err != 0) {
+        return err;
+    }
+    if (::stat(target.path.c_str(), &target.info) != 0) {
         return 0;  // missing, or a folder on the way is: creating the temporary tells
     }
-    if (S_ISDIR(info.st_mode)) {
+    if (S_ISDIR(target.info.st_mode)) {
         return EISDIR;
     }
-    if (!S_ISREG(info.st_mode)) {
+    if (!S_ISREG(target.info.st_mode)) {
         return EINVAL;
     }
-    mode = info.st_mode & 07777;
+    target.exists = true;
     return 0;
+}
+
+// Copies the extended attributes (security labels, ACLs, file capabilities, user data) of
+// the old file to the new one. A file system without them, an attribute the process may not
+// set or one that vanishes meanwhile is skipped: the text matters more than its labels.
+void copyExtendedAttributes(const std::string& from, int to) {
+    const ssize_t listed = ::listxattr(from.c_str(), nullptr, 0);
+    if (listed <= 0) {
+        return;
+    }
+    std::string names(static_cast<size_t>(listed), '\0');
+    const ssize_t length = ::listxattr(from.c_str(), &names[0], names.size());
+    if (length <= 0) {
+        return;
+    }
+    names.resize(static_cast<size_t>(length));
+    for (size_t at = 0; at < names.size(); at += std::strlen(names.c_str() + at) + 1) {
+        const char* name = names.c_str() + at;
+        const ssize_t size = ::getxattr(from.c_str(), name, nullptr, 0);
+        if (size < 0) {
+            continue;
+        }
+        std::string value(static_cast<size_t>(size), '\0');
+        const ssize_t got = ::getxattr(from.c_str(), name, &value[0], value.size());
+        if (got >= 0) {
+            ::fsetxattr(to, name, value.data(), static_cast<size_t>(got), 0);
+        }
+    }
+}
+
+// Gives the new file what rewriting the old one in place would have kept. Only a privileged
+// process may give a file away; any other keeps the file as its own and goes on. The mode
+// comes last, because a change of owner clears the set-user-ID and set-group-ID bits.
+void takeOver(const Target& old, int fd) {
+    const int owned = ::fchown(fd, old.info.st_uid, old.info.st_gid);
+    static_cast<void>(owned);
+    copyExtendedAttributes(old.path, fd);
+    ::fchmod(fd, old.info.st_mode & 07777);
 }
 
 // Writes every byte, going on after short writes and interruptions. Returns 0 or errno.
@@ -142,6 +241,9 @@ int writeAll(int fd, const std::string& text) {
     return 0;
 }
 
+// Only an interrupted fsync is retried. After any other failure (EIO above all) the kernel
+// may already have dropped the dirty pages and marked them clean, so a second fsync can
+// succeed without the text ever reaching the disk.
 int fsyncRetrying(int fd) {
     while (::fsync(fd) != 0) {
         if (errno != EINTR) {
@@ -152,26 +254,39 @@ int fsyncRetrying(int fd) {
 }
 
 // Writes, flushes to disk and closes the temporary. Returns 0 or errno; the descriptor is
-// closed either way.
+// closed either way. An interrupted close has still closed the descriptor (Linux), and the
+// text is on disk by then.
 int writeDurably(int fd, const std::string& text) {
     int err = writeAll(fd, text);
     if (err == 0) {
         err = fsyncRetrying(fd);
     }
-    if (::close(fd) != 0 && err == 0) {
+    if (::close(fd) != 0 && err == 0 && errno != EINTR) {
         err = errno;
     }
     return err;
 }
 
+int renameRetrying(const std::string& from, const std::string& to) {
+    while (::rename(from.c_str(), to.c_str()) != 0) {
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
 // Makes the rename itself survive a power cut. Returns 0 or errno; a file system that cannot
 // sync a folder (EINVAL) has nothing more to make durable.
 int syncFolder(const std::string& folder) {
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int fd;
+    do {
+        fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
         return errno;
     }
-    int err = fsyncRetrying(fd);
+    const int err = fsyncRetrying(fd);
     ::close(fd);
     return err == EINVAL ? 0 : err;
 }
@@ -260,34 +375,34 @@ int FileMgr::storeLocalCfg(const std::string& path, const Json::Value& root) {
 }
 
 int FileMgr::storeLocalCfgDurable(const std::string& path, const Json::Value& root) {
-    mode_t mode = 0;
-    const int unfit = checkReplaceable(path, mode);
+    Target target;
+    const int unfit = findTarget(path, target);
     if (unfit != 0) {
         logSaveFailure("open file", path, unfit);
         return kErrOpenWrite;
     }
     const std::string text = root.toStyledString();
+    const std::string folder = folderOf(target.path);
     std::string temporary;
-    const int fd = createTemporary(path, temporary);
+    const int fd = createTemporary(folder, temporary);
     if (fd < 0) {
         logSaveFailure("open file", path, errno);
         return kErrOpenWrite;
     }
-    if (mode != 0) {
-        // The permissions of the file it replaces, as rewriting that file in place keeps them.
-        ::fchmod(fd, mode);
+    if (target.exists) {
+        takeOver(target, fd);
     }
 
     int err = writeDurably(fd, text);
-    if (err == 0 && ::rename(temporary.c_str(), path.c_str()) != 0) {
-        err = errno;
+    if (err == 0) {
+        err = renameRetrying(temporary, target.path);
     }
     if (err != 0) {
         ::unlink(temporary.c_str());
         logSaveFailure("write file", path, err);
         return kErrWrite;
     }
-    err = syncFolder(folderOf(path));
+    err = syncFolder(folder);
     if (err != 0) {
         logSaveFailure("write file", path, err);
         return kErrWrite;
