@@ -11,8 +11,10 @@
 // Throws when it cannot be made, which fails the test that made it.
 class TempDir {
 public:
-    TempDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "zelct-XXXXXX").string();
+    TempDir() : TempDir(std::filesystem::temp_directory_path().string()) {}
+    // In the given folder instead, as a test that needs a particular file system asks.
+    explicit TempDir(const std::string& base) {
+        std::string pattern = base + "/zelct-XXXXXX";
         if (::mkdtemp(&pattern[0]) == nullptr) {
             // An empty path would send every file of the test to the working folder (and the
             // destructor would remove nothing), so the test stops here instead.
