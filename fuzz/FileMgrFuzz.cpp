@@ -44,6 +44,16 @@ MemoryFile& output() {
     return file;
 }
 
+const Json::Value& previous() {
+    static const Json::Value value = [] {
+        Json::Value made;
+        made["kept"][0] = "previous";
+        made["kept"][1]["n"] = 1;
+        return made;
+    }();
+    return value;
+}
+
 void check(bool holds) {
     if (!holds) {
         __builtin_trap();
@@ -66,10 +76,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     check(content == std::string(reinterpret_cast<const char*>(data),
                                  strnlen(reinterpret_cast<const char*>(data), size)));
 
-    Json::Value root;
+    // A failed load leaves the caller's value exactly as it was; nothing is thrown, whatever
+    // the depth.
+    Json::Value root = previous();
     const int loaded = files.loadLocalCfg(input().path, root);
     check(loaded == FileMgr::kOk || loaded == FileMgr::kErrParse);
     if (loaded != FileMgr::kOk) {
+        check(root == previous());
         return 0;
     }
     check(files.storeLocalCfg(output().path, root) == FileMgr::kOk);

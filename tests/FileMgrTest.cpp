@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -743,4 +744,44 @@ TEST_F(FileMgrTest, DurableStoreKeepsExtendedAttributes) {
     ASSERT_EQ(size, static_cast<ssize_t>(label.size()));
     EXPECT_EQ(std::string(value, static_cast<size_t>(size)), label);
     EXPECT_EQ(readFile(path), root.toStyledString());
+}
+
+// Inputs that broke JSON readers before, kept with the fuzz corpus: each loads with its
+// listed result, nothing is thrown, and a failed load leaves root as it was.
+TEST_F(FileMgrTest, RegressionCorpusLoadsWithItsListedResults) {
+    const std::string folder = ZELCT_FILEMGR_REGRESSION_DIR;
+    std::map<std::string, int> expected;
+    std::istringstream manifest(readFile(folder + "/expected.txt"));
+    std::string line;
+    while (std::getline(manifest, line)) {
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        const std::string::size_type space = line.find(' ');
+        expected[line.substr(0, space)] = std::stoi(line.substr(space + 1));
+    }
+    ASSERT_GE(expected.size(), 20u);
+    std::vector<std::string> files_in_folder = namesIn(folder);
+    files_in_folder.erase(
+        std::remove(files_in_folder.begin(), files_in_folder.end(), "expected.txt"),
+        files_in_folder.end());
+    std::vector<std::string> listed;
+    for (const auto& entry : expected) {
+        listed.push_back(entry.first);
+    }
+    EXPECT_EQ(files_in_folder, listed) << "every file of the corpus has its line in expected.txt";
+
+    const Json::Value sentinel = parseJson(R"({"kept": [1, {"two": 2}]})");
+    for (const auto& entry : expected) {
+        SCOPED_TRACE(entry.first);
+        Json::Value root = sentinel;
+        int result = 1;
+        EXPECT_NO_THROW(result = files.loadLocalCfg(folder + "/" + entry.first, root));
+        EXPECT_EQ(result, entry.second);
+        if (result != 0) {
+            EXPECT_EQ(root, sentinel);
+        } else {
+            EXPECT_NE(root, sentinel);
+        }
+    }
 }
