@@ -40,8 +40,8 @@ public:
 
     // Loads and parses the file into root; any JSON document is accepted (object, array or
     // scalar). 0, -17 or -13; on -17 and -13 root is exactly as it was. Never throws: a
-    // document that jsoncpp refuses by throwing (nesting deeper than its limit of 1,000
-    // levels) gives -13 with the same two lines as any malformed text, the second carrying
+    // document that jsoncpp refuses by throwing (nested 1,000 levels deep or more: 999 load)
+    // gives -13 with the same two lines as any malformed text, the second carrying
     // jsoncpp's message.
     int loadLocalCfg(const std::string& path, Json::Value& root);
 

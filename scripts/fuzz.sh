@@ -49,7 +49,7 @@ for binary in "$work"/fuzz/*Fuzz; do
     corpus=$work/corpus/$target
     mkdir -p "$corpus"
     dictionary "$target" "${seeds[@]}" >"$work/$target.dict"
-    # Long enough for a document nested beyond the parser's limit of 1,000 levels
+    # Long enough for a document nested past the parser's limit (1,000 levels fail)
     # ({"a": 1,000 times and its closing braces take some 6,000 bytes).
     max_len=()
     if [ "$target" = FileMgr ]; then max_len=(-max_len=16384); fi

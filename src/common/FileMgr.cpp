@@ -293,8 +293,8 @@ int syncFolder(const std::string& folder) {
 
 // Parses with jsoncpp's default settings, where the text lies: Json::parseFromStream would copy
 // it into a stream and out again before handing it to the same reader, with the same result
-// and the same error text. jsoncpp throws instead of reporting for some
-// documents (nesting beyond its stack limit of 1,000 levels); that is a malformed file like
+// and the same error text. jsoncpp throws instead of reporting for some documents (nested
+// 1,000 levels deep or more, its stack limit); that is a malformed file like
 // any other, and its message becomes the error text.
 bool parseText(const std::string& text, Json::Value& parsed, std::string& errors) {
     Json::CharReaderBuilder builder;
