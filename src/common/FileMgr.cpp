@@ -18,8 +18,7 @@
 
 namespace {
 
-// Where a failed load reports from in the check-and-report form. Fixed text and number, not
-// this file's: the device's log readers match the line as the first build of the library wrote it.
+// Fixed parts of a failed load's check line, whatever this file's lines: log readers match them.
 constexpr struct {
     const char* signature;
     int line;
