@@ -93,7 +93,7 @@ int crashRuns(const std::string& folder, int runs) {
                                                      .count() /
                                                  10);
     std::mt19937 random(std::random_device{}());
-    std::uniform_int_distribution<long> moment(0, 4 * perStore);
+    std::uniform_int_distribution<long> moment(0, 2 * perStore);
 
     for (int run = 0; run < runs; ++run) {
         int ready[2];
