@@ -68,7 +68,8 @@ public:
     // give them (a process that may not goes on with its own), and its extended attributes
     // where the file system and the process allow. A new file gets 0666 less the umask.
     // A symbolic link at the path stays and keeps pointing where it pointed; the file it
-    // points to (followed through any chain of links) is replaced, or created if missing.
+    // points to (followed through any chain of links) is replaced, or created if missing; a
+    // loop of links gives -43 with ELOOP.
     // Only a regular file (or nothing) is replaced: an empty path, a directory and a FIFO,
     // device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they are.
     int storeLocalCfgDurable(const std::string& path, const Json::Value& root);
