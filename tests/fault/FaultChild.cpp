@@ -5,25 +5,24 @@
 //   FileMgrFaultChild durable <path> <json>    storeLocalCfgDurable
 //   FileMgrFaultChild plain <path> <json>      storeLocalCfg
 //   FileMgrFaultChild load <path>              loadLocalCfg
-//   FileMgrFaultChild crash <folder> <runs>     the crash test's runs (see crashRuns)
+//   FileMgrFaultChild crash <folder> <runs>    the crash test's runs (see crashRuns)
 //
-// Report: "result <code>", "calls <kind> <kind> ..." (the calls in order), then one
-// "log <level> <text>" line per log line.
+// Report: "result <code>", "calls <kind> <kind> ..." (the calls in order), for a load
+// "root <the value, compact>", then one "log <level> <text>" line per log line.
 #include <dlfcn.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <random>
-#include <thread>
-
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <memory>
+#include <random>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
