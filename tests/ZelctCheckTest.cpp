@@ -374,8 +374,7 @@ TEST_F(ZelctCheckTest, FilesThatCannotBeLoadedCarryTheFileMgrCode) {
     Outcome missing = checkFile(kSfp, dir.file("missing.json"), true);
     EXPECT_EQ(missing.status, Outcome::Status::Unusable);
     EXPECT_EQ(missing.fileMgrCode, -17);
-    EXPECT_EQ(missing.problem,
-              "cannot load (FileMgr code -17: the file cannot be opened or is refused)");
+    EXPECT_EQ(missing.problem, "cannot load: No such file or directory (FileMgr code -17)");
 
     writeFile(dir.file("broken.json"), "{\"present\": tru");
     EXPECT_EQ(checkFile(kSfp, dir.file("broken.json"), true).fileMgrCode, -13);
@@ -383,6 +382,7 @@ TEST_F(ZelctCheckTest, FilesThatCannotBeLoadedCarryTheFileMgrCode) {
     const Outcome directory = checkFile(kSfp, dir.path(), true);
     EXPECT_EQ(directory.status, Outcome::Status::Unusable);
     EXPECT_EQ(directory.fileMgrCode, -17);
+    EXPECT_EQ(directory.problem, "cannot load: a directory, not a regular file (FileMgr code -17)");
 }
 
 TEST_F(ZelctCheckTest, ExitCodesOrderExactFindingsUnusable) {

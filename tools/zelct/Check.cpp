@@ -7,6 +7,14 @@
 #include <set>
 #include <utility>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <regex>
+
 #include "FileMgr.h"
 
 namespace zelct {
@@ -405,6 +413,42 @@ const char* fileMgrMeaning(int code) {
     }
 }
 
+// FileMgr only says that it refused the file; opening it the same way tells why.
+std::string loadFailureCause(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        return std::strerror(errno);
+    }
+    std::string cause = fileMgrMeaning(FileMgr::kErrOpenRead);
+    struct stat info {};
+    if (::fstat(fd, &info) == 0) {
+        if (S_ISDIR(info.st_mode)) {
+            cause = "a directory, not a regular file";
+        } else if (!S_ISREG(info.st_mode)) {
+            cause = "not a regular file";
+        } else if (info.st_size > FileMgr::kMaxFileSize) {
+            cause = "larger than 100 MiB";
+        }
+    }
+    ::close(fd);
+    return cause;
+}
+
+// jsoncpp's first error as FileMgr logged it: "* Line 2, Column 14\n  Syntax error: ...".
+bool parseErrorOf(const std::vector<LogLine>& log, int& line, int& column, std::string& message) {
+    static const std::regex error(R"(^ERR::Error: '\* Line (\d+), Column (\d+)\n  ([^\n]*))");
+    for (const LogLine& logged : log) {
+        std::smatch match;
+        if (std::regex_search(logged.text, match, error)) {
+            line = std::stoi(match[1]);
+            column = std::stoi(match[2]);
+            message = match[3];
+            return true;
+        }
+    }
+    return false;
+}
+
 Outcome unusable(std::string problem) {
     Outcome outcome;
     outcome.status = Outcome::Status::Unusable;
@@ -536,11 +580,13 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
                         ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
     }
     const Reading reading = readAs(kind, document);
-    showLog(reading.log);
     if (reading.failed) {
-        return unreadable(kind, document, reading);
+        Outcome outcome = unreadable(kind, document, reading);
+        outcome.log = reading.log;
+        return outcome;
     }
     Outcome outcome;
+    outcome.log = reading.log;
     outcome.understood = reading.understood;
     if (withFindings) {
         outcome.findings = findDifferences(kind, document, reading);
@@ -554,8 +600,10 @@ bool loadDocument(const std::string& path, Json::Value& document, Outcome& failu
     FileMgr files;
     const int code = files.loadLocalCfg(path, document);
     if (code != 0) {
-        failure = unusable("cannot load (FileMgr code " + std::to_string(code) + ": " +
-                           fileMgrMeaning(code) + ")");
+        const std::string cause =
+            code == FileMgr::kErrOpenRead ? loadFailureCause(path) : fileMgrMeaning(code);
+        failure =
+            unusable("cannot load: " + cause + " (FileMgr code " + std::to_string(code) + ")");
         failure.fileMgrCode = code;
         return false;
     }
@@ -565,10 +613,25 @@ bool loadDocument(const std::string& path, Json::Value& document, Outcome& failu
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
     Json::Value document;
     Outcome failure;
-    if (!loadDocument(path, document, failure)) {
-        return failure;
+    std::vector<LogLine> loadLog;
+    {
+        LogRecorder recorder;
+        const bool loaded = loadDocument(path, document, failure);
+        loadLog = recorder.take();
+        if (!loaded) {
+            std::string message;
+            if (failure.fileMgrCode == FileMgr::kErrParse &&
+                parseErrorOf(loadLog, failure.line, failure.column, message)) {
+                failure.problem = "not valid JSON: " + message + " (FileMgr code " +
+                                  std::to_string(failure.fileMgrCode) + ")";
+            }
+            failure.log = std::move(loadLog);
+            return failure;
+        }
     }
-    return checkDocument(kind, document, withFindings);
+    Outcome outcome = checkDocument(kind, document, withFindings);
+    outcome.log.insert(outcome.log.begin(), loadLog.begin(), loadLog.end());
+    return outcome;
 }
 
 }  // namespace zelct

@@ -37,6 +37,8 @@ struct Finding {
     JsonPath path;
     Json::Value original;    // null for Added
     Json::Value understood;  // null for Dropped and NotWrittenBack
+    int line = 0;            // where the node starts in the file, 1-based; 0 when unknown
+    int column = 0;
 };
 
 // "dropped", "changed", "not-written-back" or "added".
@@ -76,12 +78,15 @@ struct Outcome {
     std::string problem;        // Unusable: one line, without the file name
     int fileMgrCode = 0;        // Unusable because FileMgr refused the file; else 0
     FailurePlace problemPlace;  // Unusable because a node has the wrong JSON type
+    int line = 0;               // Unusable: where the parse error or rejected node is; 0 unknown
+    int column = 0;
+    std::vector<LogLine> log;  // what loading and reading logged, in order, not yet shown
 };
 
 // 0 for Exact, 1 for Findings, 2 for Unusable.
 int exitCodeOf(Outcome::Status status);
 
-// Checks a document: its top-level type, then reads it (showing what the library logs) and,
+// Checks a document: its top-level type, then reads it (keeping what the library logs) and,
 // when `withFindings`, compares. A reading that throws makes it Unusable.
 Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings);
 

@@ -30,27 +30,12 @@ Json::Value findingJson(const Finding& finding) {
         json["understood"] = finding.understood;
     }
     json["text"] = findingText(finding);
+    json["line"] = finding.line;
+    json["column"] = finding.column;
     return json;
 }
 
 }  // namespace
-
-void printOutcome(const std::string& file, const Outcome& outcome, std::ostream& out,
-                  std::ostream& err) {
-    switch (outcome.status) {
-        case Outcome::Status::Exact:
-            out << file << ": understood exactly\n";
-            break;
-        case Outcome::Status::Findings:
-            for (const Finding& finding : outcome.findings) {
-                out << file << ": " << findingText(finding) << '\n';
-            }
-            break;
-        case Outcome::Status::Unusable:
-            err << file << ": " << outcome.problem << '\n';
-            break;
-    }
-}
 
 Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome& outcome) {
     Json::Value json(Json::objectValue);
@@ -62,6 +47,10 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
         json["error"] = outcome.problem;
         if (outcome.fileMgrCode != 0) {
             json["filemgr-code"] = outcome.fileMgrCode;
+        }
+        if (outcome.line > 0) {
+            json["line"] = outcome.line;
+            json["column"] = outcome.column;
         }
         if (outcome.problemPlace.found) {
             json["path"] = pointerText(outcome.problemPlace.path);
@@ -75,16 +64,30 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     return json;
 }
 
-void printKinds(std::ostream& out) {
+std::string kindsText() {
     size_t width = 0;
     for (const Kind& kind : allKinds()) {
         width = std::max(width, std::strlen(kind.name));
     }
+    std::string text;
     for (const Kind& kind : allKinds()) {
         const char* shape = kind.topLevel == TopLevel::Array ? "array " : "object";
-        out << kind.name << std::string(width + 2 - std::strlen(kind.name), ' ') << shape << "  "
-            << kind.description << '\n';
+        text += kind.name + std::string(width + 2 - std::strlen(kind.name), ' ') + shape + "  " +
+                kind.description + '\n';
     }
+    return text;
+}
+
+Json::Value kindsJson() {
+    Json::Value array(Json::arrayValue);
+    for (const Kind& kind : allKinds()) {
+        Json::Value item(Json::objectValue);
+        item["name"] = kind.name;
+        item["top-level"] = kind.topLevel == TopLevel::Array ? "array" : "object";
+        item["description"] = kind.description;
+        array.append(item);
+    }
+    return array;
 }
 
 }  // namespace zelct
