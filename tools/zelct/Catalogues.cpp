@@ -11,6 +11,7 @@
 
 #include "AlarmManager.h"
 #include "Check.h"
+#include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
@@ -376,7 +377,7 @@ std::string alarmLinesText(const std::vector<AlarmLine>& lines) {
 // library drops or changes in it is told first, with check's exit code.
 int showRaisedAlarms(const std::string& file, Printer& printer) {
     const Kind& kind = *findKind("alarms");
-    const Outcome outcome = checkFile(kind, file, true);
+    const Outcome outcome = checkInput(kind, file, true);
     const int exit = exitCodeOf(outcome.status);
     printer.libraryLog(outcome.log);
     if (outcome.status == Outcome::Status::Unusable) {

@@ -2,6 +2,9 @@
 
 #include <string>
 
+#include "Check.h"
+#include "Kinds.h"
+
 namespace zelct {
 
 // The name that stands for standard input where a command takes a file.
@@ -25,5 +28,15 @@ public:
 private:
     std::string path_;
 };
+
+// Checks a file named on the command line, or standard input for "-", as checkFile does;
+// the temporary file's name is taken out of what the library logs about it.
+Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings);
+
+// Why a file cannot be stored at that path, checked before anything is read or opened:
+// storing would otherwise truncate a device, wait forever on a FIFO, or fail late on a
+// directory. Empty when it can be tried (an absent path included: storing creates it or
+// says why it cannot).
+std::string unusableOutput(const std::string& path);
 
 }  // namespace zelct

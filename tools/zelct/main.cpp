@@ -4,7 +4,6 @@
 // Exit codes: 0 done (a document understood exactly); 1 the library changed or refused
 // something (findings, an unknown format, a packet time that fits nothing); 2 a file or an
 // argument that cannot be used, or standard output that cannot be written.
-#include <sys/stat.h>
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
@@ -68,30 +67,6 @@ const Kind* kindOrComplain(const std::string& name, Printer& printer) {
     return kind;
 }
 
-// A file of the command line, or standard input for "-" copied into a temporary file, with
-// the temporary name taken out of what the library logs about it.
-Outcome checkNamed(const Kind& kind, const std::string& name, bool withFindings) {
-    if (name != kStandardInput) {
-        return checkFile(kind, name, withFindings);
-    }
-    StandardInputFile input;
-    std::string error;
-    if (!input.copy(error)) {
-        Outcome outcome;
-        outcome.status = Outcome::Status::Unusable;
-        outcome.problem = error;
-        return outcome;
-    }
-    Outcome outcome = checkFile(kind, input.path(), withFindings);
-    for (LogLine& line : outcome.log) {
-        for (size_t at = line.text.find(input.path()); at != std::string::npos;
-             at = line.text.find(input.path(), at + 1)) {
-            line.text.replace(at, input.path().size(), kStandardInput);
-        }
-    }
-    return outcome;
-}
-
 int runKinds(const Arguments&, Printer& printer) {
     printer.result(kindsJson(), kindsText());
     return 0;
@@ -104,30 +79,11 @@ int runCheck(const Arguments& args, Printer& printer) {
     }
     int worst = 0;
     for (const std::string& file : args.files) {
-        const Outcome outcome = checkNamed(*kind, file, true);
+        const Outcome outcome = checkInput(*kind, file, true);
         worst = std::max(worst, exitCodeOf(outcome.status));
         printer.checked(file, *kind, outcome);
     }
     return worst;
-}
-
-// Why OUT cannot be written, checked before anything is read or opened: storing would
-// otherwise truncate a device, wait forever on a FIFO, or fail late on a directory.
-std::string unusableOutput(const std::string& path) {
-    if (path.empty()) {
-        return "-o names no file";
-    }
-    struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) {
-        return std::string();  // absent: storing creates it, or says why it cannot
-    }
-    if (S_ISDIR(info.st_mode)) {
-        return path + ": cannot store: a directory";
-    }
-    if (!S_ISREG(info.st_mode)) {
-        return path + ": cannot store: not a regular file";
-    }
-    return std::string();
 }
 
 int runNormalize(const Arguments& args, Printer& printer) {
@@ -138,11 +94,11 @@ int runNormalize(const Arguments& args, Printer& printer) {
     if (args.hasOutput) {
         const std::string why = unusableOutput(args.output);
         if (!why.empty()) {
-            printer.problem({"", 0, 0, why, kUnusable});
+            printer.problem({args.output, 0, 0, why, kUnusable});
             return kUnusable;
         }
     }
-    const Outcome outcome = checkNamed(*kind, args.input, false);
+    const Outcome outcome = checkInput(*kind, args.input, false);
     printer.libraryLog(outcome.log);
     if (outcome.status == Outcome::Status::Unusable) {
         printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
