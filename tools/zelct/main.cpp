@@ -22,6 +22,7 @@
 #include "Log.h"
 #include "Printer.h"
 #include "Report.h"
+#include "SafeText.h"
 
 namespace {
 
@@ -323,7 +324,8 @@ int run(int argc, char** argv) {
         return line.app.exit(e);  // --help, --version
     } catch (const CLI::ParseError& e) {
         if (requestedFormat(argc, argv) == Format::Text) {
-            line.app.exit(e);
+            // CLI11's own form, escaped: its messages quote the arguments as typed.
+            std::cerr << safeLine(e.what()) << "\nRun with --help for more information.\n";
             return kUnusable;
         }
         return commandLineProblem(argc, argv, e.what());
