@@ -372,11 +372,13 @@ void printAlarmLines(const std::vector<AlarmLine>& lines, bool json, std::ostrea
 
 int showRaisedAlarms(const std::string& file, bool json, std::ostream& out, std::ostream& err) {
     const Kind& kind = *findKind("alarms");
-    Json::Value document;
+    LoadedFile loaded;
     Outcome outcome;
-    if (loadDocument(file, document, outcome)) {
-        outcome = checkDocument(kind, document, false);
+    if (loadFile(file, loaded, outcome)) {
+        outcome = checkLoaded(kind, loaded, false);
     }
+    showLog(outcome.log);
+    Json::Value& document = loaded.document;
     if (outcome.status == Outcome::Status::Unusable) {
         err << file << ": " << outcome.problem << '\n';
         return kUnusable;

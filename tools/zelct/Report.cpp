@@ -19,9 +19,22 @@ const char* resultName(Outcome::Status status) {
     return "";
 }
 
+// ":LINE:COLUMN" after the file name, as compilers write it, when the place is known.
+std::string placeText(int line, int column) {
+    return line > 0 ? ":" + std::to_string(line) + ":" + std::to_string(column) : "";
+}
+
+void addPlace(Json::Value& json, int line, int column) {
+    if (line > 0) {
+        json["line"] = line;
+        json["column"] = column;
+    }
+}
+
 Json::Value findingJson(const Finding& finding) {
     Json::Value json(Json::objectValue);
     json["path"] = pointerText(finding.path);
+    addPlace(json, finding.line, finding.column);
     json["finding"] = findingTypeName(finding.type);
     if (finding.type != Finding::Type::Added) {
         json["original"] = finding.original;
@@ -43,11 +56,13 @@ void printOutcome(const std::string& file, const Outcome& outcome, std::ostream&
             break;
         case Outcome::Status::Findings:
             for (const Finding& finding : outcome.findings) {
-                out << file << ": " << findingText(finding) << '\n';
+                out << file << placeText(finding.line, finding.column) << ": "
+                    << findingText(finding) << '\n';
             }
             break;
         case Outcome::Status::Unusable:
-            err << file << ": " << outcome.problem << '\n';
+            err << file << placeText(outcome.line, outcome.column) << ": " << outcome.problem
+                << '\n';
             break;
     }
 }
@@ -60,6 +75,7 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     json["exit"] = exitCodeOf(outcome.status);
     if (outcome.status == Outcome::Status::Unusable) {
         json["error"] = outcome.problem;
+        addPlace(json, outcome.line, outcome.column);
         if (outcome.fileMgrCode != 0) {
             json["filemgr-code"] = outcome.fileMgrCode;
         }

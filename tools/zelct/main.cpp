@@ -68,6 +68,7 @@ int runCheck(const Arguments& args) {
     Json::Value report(Json::arrayValue);
     for (const std::string& file : args.files) {
         const Outcome outcome = checkFile(*kind, file, true);
+        showLog(outcome.log);
         worst = std::max(worst, exitCodeOf(outcome.status));
         if (args.json) {
             report.append(outcomeJson(file, *kind, outcome));
@@ -91,6 +92,7 @@ int runNormalize(const Arguments& args) {
         return kUnusable;
     }
     const Outcome outcome = checkFile(*kind, args.input, false);
+    showLog(outcome.log);
     if (outcome.status == Outcome::Status::Unusable) {
         std::cerr << args.input << ": " << outcome.problem << '\n';
         return kUnusable;
