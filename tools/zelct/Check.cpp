@@ -1,7 +1,10 @@
 #include "Check.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <set>
@@ -16,6 +19,7 @@
 #include <regex>
 
 #include "FileMgr.h"
+#include "ReadingScan.h"
 
 namespace zelct {
 
@@ -371,35 +375,68 @@ private:
     size_t nodes_;
 };
 
-std::vector<JsonPath> childPaths(const Json::Value& node, const JsonPath& path) {
-    std::vector<JsonPath> children;
+// The node a path names in a document that is only looked at, or nullptr.
+const Json::Value* constNodeAt(const Json::Value& document, const JsonPath& path) {
+    const Json::Value* node = &document;
+    for (const PathStep& step : path) {
+        if (step.isIndex) {
+            if (!node->isArray() || step.index >= node->size()) {
+                return nullptr;
+            }
+            node = &(*node)[step.index];
+        } else {
+            if (!node->isObject()) {
+                return nullptr;
+            }
+            node = node->find(step.key.data(), step.key.data() + step.key.size());
+            if (node == nullptr) {
+                return nullptr;
+            }
+        }
+    }
+    return node;
+}
+
+// The children of a node, for the search of a rejected one. Their addresses stay valid while
+// the node gains or loses no child.
+struct Children {
+    std::vector<Json::Value*> values;
+    std::vector<std::string> names;  // for an object
+};
+
+Children childrenOf(Json::Value& node) {
+    Children children;
     if (node.isObject()) {
-        for (const std::string& name : node.getMemberNames()) {
-            children.push_back(path);
-            children.back().push_back(PathStep::member(name));
+        children.names = node.getMemberNames();
+        for (const std::string& name : children.names) {
+            children.values.push_back(&node[name]);
         }
     } else if (node.isArray()) {
         for (Json::ArrayIndex i = 0; i < node.size(); ++i) {
-            children.push_back(path);
-            children.back().push_back(PathStep::element(i));
+            children.values.push_back(&node[i]);
         }
     }
     return children;
 }
 
-// The document with the children from `first` on replaced by null.
-Json::Value withNullsFrom(const Json::Value& document, const std::vector<JsonPath>& children,
-                          size_t first) {
-    Json::Value copy = document;
-    for (size_t i = first; i < children.size(); ++i) {
-        *nodeAt(copy, children[i]) = Json::Value();
-    }
-    return copy;
+PathStep stepTo(const Children& children, size_t i) {
+    return children.names.empty() ? PathStep::element(static_cast<Json::ArrayIndex>(i))
+                                  : PathStep::member(children.names[i]);
 }
 
-bool readsWithNullsFrom(const Kind& kind, const Json::Value& document,
-                        const std::vector<JsonPath>& children, size_t first) {
-    return !readAs(kind, withNullsFrom(document, children, first)).failed;
+// Whether the reading succeeds with the children from `first` on set to null. They are
+// swapped out and back, so the document is never copied for a question but by the reading.
+bool readsWithNullsFrom(const Kind& kind, const Json::Value& work, const Children& children,
+                        size_t first) {
+    std::vector<Json::Value> saved(children.values.size() - first);
+    for (size_t i = first; i < children.values.size(); ++i) {
+        children.values[i]->swap(saved[i - first]);
+    }
+    const bool reads = !readAs(kind, work).failed;
+    for (size_t i = first; i < children.values.size(); ++i) {
+        children.values[i]->swap(saved[i - first]);
+    }
+    return reads;
 }
 
 const char* fileMgrMeaning(int code) {
@@ -434,19 +471,18 @@ std::string loadFailureCause(const std::string& path) {
     return cause;
 }
 
-// jsoncpp's first error as FileMgr logged it: "* Line 2, Column 14\n  Syntax error: ...".
-bool parseErrorOf(const std::vector<LogLine>& log, int& line, int& column, std::string& message) {
-    static const std::regex error(R"(^ERR::Error: '\* Line (\d+), Column (\d+)\n  ([^\n]*))");
-    for (const LogLine& logged : log) {
+// A parse failure quotes jsoncpp's first message, as FileMgr logged it ("* Line 2, Column
+// 14\n  Syntax error: ..."); the position is the outcome's own.
+void describeParseError(Outcome& failure) {
+    static const std::regex error(R"(^ERR::Error: '\* Line \d+, Column \d+\n  ([^\n]*))");
+    for (const LogLine& logged : failure.log) {
         std::smatch match;
         if (std::regex_search(logged.text, match, error)) {
-            line = std::stoi(match[1]);
-            column = std::stoi(match[2]);
-            message = match[3];
-            return true;
+            failure.problem = "not valid JSON: " + match[1].str() + " (FileMgr code " +
+                              std::to_string(failure.fileMgrCode) + ")";
+            return;
         }
     }
-    return false;
 }
 
 Outcome unusable(std::string problem) {
@@ -460,16 +496,149 @@ Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading&
     const FailurePlace place = locateFailure(kind, document);
     Outcome outcome;
     if (place.found) {
-        Json::Value copy = document;
         const std::string& error = place.error.empty() ? reading.error : place.error;
         outcome = unusable(pointerText(place.path) + ": the library cannot read " +
-                           quoted(*nodeAt(copy, place.path)) + " here (" + error + ")");
+                           quoted(*constNodeAt(document, place.path)) + " here (" + error + ")");
     } else {
         outcome = unusable("the library cannot read it (" + reading.error + ")");
     }
     outcome.problemPlace = place;
     return outcome;
 }
+
+// A JSON text cut out of the file, as the device's parser reads it; null when it is none.
+Json::Value parsedSlice(const std::string& bytes, size_t begin, size_t end) {
+    Json::Value value;
+    if (begin >= end || end > bytes.size()) {
+        return value;
+    }
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    std::string errors;
+    if (!reader->parse(bytes.data() + begin, bytes.data() + end, &value, &errors)) {
+        return Json::Value();
+    }
+    return value;
+}
+
+// What the device's writer makes of a string: jsoncpp's styled text without its line break.
+std::string writtenBack(const Json::Value& text) {
+    std::string written = text.toStyledString();
+    while (!written.empty() && written.back() == '\n') {
+        written.pop_back();
+    }
+    return written;
+}
+
+Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
+    Finding finding{Finding::Type::Comment, trap.path, Json::Value(), Json::Value()};
+    switch (trap.type) {
+        case ReadingTrap::Type::DuplicateMember: {
+            finding.type = Finding::Type::DuplicateMember;
+            finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            break;
+        }
+        case ReadingTrap::Type::TrailingText:
+            finding.type = Finding::Type::TrailingText;
+            break;
+        case ReadingTrap::Type::Comment:
+            finding.type = Finding::Type::Comment;
+            break;
+        case ReadingTrap::Type::TrailingComma:
+            finding.type = Finding::Type::TrailingComma;
+            break;
+        case ReadingTrap::Type::AfterNul:
+            finding.type = Finding::Type::AfterNul;
+            finding.original = Json::Value(static_cast<Json::LargestUInt>(trap.count));
+            break;
+        case ReadingTrap::Type::NotUtf8:
+            finding.type = Finding::Type::NotUtf8;
+            finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            finding.understood = writtenBack(finding.original);
+            break;
+    }
+    const Position position = source.lines.at(trap.offset);
+    finding.line = position.line;
+    finding.column = position.column;
+    return finding;
+}
+
+// Findings of the text itself, before any class reads it: what the device's parser accepts
+// and reads otherwise than a strict reader would.
+std::vector<Finding> readingFindings(const SourceText& source, const Json::Value& document) {
+    std::vector<Finding> findings;
+    for (const ReadingTrap& trap : scanReadingTraps(source.bytes, source.deviceLength)) {
+        findings.push_back(findingOfTrap(trap, source));
+        if (trap.type == ReadingTrap::Type::DuplicateMember) {
+            if (const Json::Value* kept = constNodeAt(document, trap.path)) {
+                findings.back().understood = *kept;
+            }
+        }
+    }
+    return findings;
+}
+
+// Where a finding is: the node itself, the name of a member, or for an added node the object
+// or array it was added to.
+Position positionOfPath(const SourceText& source, const Json::Value& document, JsonPath path,
+                        bool added) {
+    if (added && !path.empty()) {
+        path.pop_back();
+    }
+    const Json::Value* node = constNodeAt(document, path);
+    if (node == nullptr) {
+        return Position();
+    }
+    return source.positionOf(*node, !path.empty() && !path.back().isIndex);
+}
+
+void placeFindings(std::vector<Finding>& findings, const SourceText& source,
+                   const Json::Value& document) {
+    for (Finding& finding : findings) {
+        const Position position =
+            positionOfPath(source, document, finding.path, finding.type == Finding::Type::Added);
+        finding.line = position.line;
+        finding.column = position.column;
+    }
+}
+
+void placeOutcome(Outcome& outcome, Position position) {
+    outcome.line = position.line;
+    outcome.column = position.column;
+}
+
+// jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
+Position parseErrorPosition(const SourceText& source) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value ignored;
+    std::string errors;
+    try {
+        if (reader->parse(source.bytes.data(), source.bytes.data() + source.deviceLength, &ignored,
+                          &errors)) {
+            return Position();
+        }
+    } catch (const std::exception&) {
+        return Position();
+    }
+    int line = 0;
+    int column = 0;
+    if (std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column) != 2) {
+        return Position();
+    }
+    return source.lines.at(source.lines.offsetOf(line, column));
+}
+
+// The whole file, as it lies on disk, for positions and for what follows a NUL byte.
+std::unique_ptr<SourceText> readSource(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return nullptr;
+    }
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return std::make_unique<SourceText>(std::move(bytes));
+}
+
+// The deepest nesting jsoncpp's reader accepts with its default settings.
+constexpr size_t kParserNestingLimit = 1000;
 
 }  // namespace
 
@@ -504,12 +673,25 @@ const char* findingTypeName(Finding::Type type) {
             return "not-written-back";
         case Finding::Type::Added:
             return "added";
+        case Finding::Type::DuplicateMember:
+            return "duplicate-member";
+        case Finding::Type::TrailingText:
+            return "trailing-text";
+        case Finding::Type::Comment:
+            return "comment";
+        case Finding::Type::TrailingComma:
+            return "trailing-comma";
+        case Finding::Type::AfterNul:
+            return "after-nul";
+        case Finding::Type::NotUtf8:
+            return "not-utf8";
     }
     return "";
 }
 
 std::string findingText(const Finding& finding) {
-    const std::string where = pointerText(finding.path) + ": ";
+    // The whole document has the empty pointer, which would leave a bare ": " in front.
+    const std::string where = finding.path.empty() ? "" : pointerText(finding.path) + ": ";
     switch (finding.type) {
         case Finding::Type::Dropped:
             return where + "dropped (never read)";
@@ -519,6 +701,22 @@ std::string findingText(const Finding& finding) {
             return where + quoted(finding.original) + " read but not written back";
         case Finding::Type::Added:
             return where + "added with default " + quoted(finding.understood);
+        case Finding::Type::DuplicateMember:
+            return where + "member given again later in its object; the device keeps the last " +
+                   "value, " + quoted(finding.understood) + ", and ignores this one, " +
+                   quoted(finding.original);
+        case Finding::Type::TrailingText:
+            return where + "text after the document; the device never reads it";
+        case Finding::Type::Comment:
+            return where + "comment; the device skips it and never writes it back";
+        case Finding::Type::TrailingComma:
+            return where + "trailing comma; the device skips it";
+        case Finding::Type::AfterNul:
+            return where + "NUL byte; the device loads the file only up to here and ignores " +
+                   "the " + std::to_string(finding.original.asLargestUInt()) + " bytes from here";
+        case Finding::Type::NotUtf8:
+            return where + "text not valid UTF-8; the device keeps its bytes and writes it back " +
+                   "as " + finding.understood.asString();
     }
     return where;
 }
@@ -535,14 +733,14 @@ FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
     // on inside it. Bisection keeps long arrays cheap.
     FailurePlace place;
     Json::Value work = document;
-    JsonPath path;
+    Json::Value* node = &work;
     while (true) {
-        const std::vector<JsonPath> children = childPaths(*nodeAt(work, path), path);
-        if (children.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
+        const Children children = childrenOf(*node);
+        if (children.values.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
             break;
         }
-        size_t reads = 0;                // reading succeeds with children[reads..] null
-        size_t fails = children.size();  // reading fails with children[fails..] null
+        size_t reads = 0;                       // reading succeeds with children[reads..] null
+        size_t fails = children.values.size();  // reading fails with children[fails..] null
         while (fails - reads > 1) {
             const size_t middle = reads + (fails - reads) / 2;
             if (readsWithNullsFrom(kind, work, children, middle)) {
@@ -551,10 +749,12 @@ FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
                 fails = middle;
             }
         }
-        work = withNullsFrom(work, children, reads + 1);
-        path = children[reads];
+        for (size_t i = reads + 1; i < children.values.size(); ++i) {
+            *children.values[i] = Json::Value();
+        }
+        place.path.push_back(stepTo(children, reads));
         place.found = true;
-        place.path = path;
+        node = children.values[reads];
     }
     if (place.found) {
         place.error = readAs(kind, work).error;
@@ -574,64 +774,107 @@ int exitCodeOf(Outcome::Status status) {
     return 2;
 }
 
-Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings) {
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
+                      const SourceText* source) {
     if (!hasTopLevel(kind, document)) {
-        return unusable(std::string("the top-level value is ") + jsonTypeText(document) +
-                        ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
+        Outcome outcome =
+            unusable(std::string("the top-level value is ") + jsonTypeText(document) +
+                     ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
+        if (source != nullptr) {
+            placeOutcome(outcome, source->positionOf(document, false));
+        }
+        return outcome;
     }
-    const Reading reading = readAs(kind, document);
+    Reading reading = readAs(kind, document);
     if (reading.failed) {
         Outcome outcome = unreadable(kind, document, reading);
-        outcome.log = reading.log;
+        if (source != nullptr && outcome.problemPlace.found) {
+            const JsonPath& path = outcome.problemPlace.path;
+            placeOutcome(outcome, positionOfPath(*source, document, path, false));
+        }
+        outcome.log = std::move(reading.log);
         return outcome;
     }
     Outcome outcome;
-    outcome.log = reading.log;
-    outcome.understood = reading.understood;
+    outcome.understood = std::move(reading.understood);
     if (withFindings) {
-        outcome.findings = findDifferences(kind, document, reading);
+        if (source != nullptr) {
+            outcome.findings = readingFindings(*source, document);
+        }
+        reading.understood = outcome.understood;
+        std::vector<Finding> differences = findDifferences(kind, document, reading);
+        if (source != nullptr) {
+            placeFindings(differences, *source, document);
+        }
+        std::move(differences.begin(), differences.end(), std::back_inserter(outcome.findings));
         outcome.status =
             outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
     }
+    outcome.log = std::move(reading.log);
     return outcome;
 }
 
-bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure) {
-    FileMgr files;
-    const int code = files.loadLocalCfg(path, document);
-    if (code != 0) {
+bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
+    LogRecorder recorder;
+    int code = 0;
+    std::string thrown;
+    try {
+        code = FileMgr().loadLocalCfg(path, loaded.document);
+    } catch (const std::exception& e) {
+        thrown = e.what();
+    } catch (...) {
+        thrown = "unknown exception";
+    }
+    if (code == 0 && thrown.empty()) {
+        loaded.source = readSource(path);
+        loaded.log = recorder.take();
+        return true;
+    }
+    const std::unique_ptr<SourceText> source =
+        code == FileMgr::kErrOpenRead ? nullptr : readSource(path);
+    if (!thrown.empty()) {
+        failure = unusable("cannot load (the parser gave up: " + thrown + ")");
+        if (source != nullptr) {
+            const size_t deep = nestingPastLimit(source->bytes.substr(0, source->deviceLength),
+                                                 kParserNestingLimit);
+            if (deep < source->deviceLength) {
+                placeOutcome(failure, source->lines.at(deep));
+            }
+        }
+    } else {
         const std::string cause =
             code == FileMgr::kErrOpenRead ? loadFailureCause(path) : fileMgrMeaning(code);
         failure =
             unusable("cannot load: " + cause + " (FileMgr code " + std::to_string(code) + ")");
         failure.fileMgrCode = code;
-        return false;
+        if (code == FileMgr::kErrParse && source != nullptr) {
+            placeOutcome(failure, parseErrorPosition(*source));
+        }
     }
-    return true;
+    failure.log = recorder.take();
+    if (code == FileMgr::kErrParse) {
+        describeParseError(failure);
+    }
+    return false;
+}
+
+Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings) {
+    Outcome outcome = checkDocument(kind, loaded.document, withFindings, loaded.source.get());
+    outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
+    return outcome;
 }
 
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
-    Json::Value document;
-    Outcome failure;
-    std::vector<LogLine> loadLog;
-    {
-        LogRecorder recorder;
-        const bool loaded = loadDocument(path, document, failure);
-        loadLog = recorder.take();
-        if (!loaded) {
-            std::string message;
-            if (failure.fileMgrCode == FileMgr::kErrParse &&
-                parseErrorOf(loadLog, failure.line, failure.column, message)) {
-                failure.problem = "not valid JSON: " + message + " (FileMgr code " +
-                                  std::to_string(failure.fileMgrCode) + ")";
-            }
-            failure.log = std::move(loadLog);
+    try {
+        LoadedFile loaded;
+        Outcome failure;
+        if (!loadFile(path, loaded, failure)) {
             return failure;
         }
+        return checkLoaded(kind, loaded, withFindings);
+    } catch (const std::exception& e) {
+        return unusable(std::string("cannot be checked (") + e.what() + ")");
     }
-    Outcome outcome = checkDocument(kind, document, withFindings);
-    outcome.log.insert(outcome.log.begin(), loadLog.begin(), loadLog.end());
-    return outcome;
 }
 
 }  // namespace zelct

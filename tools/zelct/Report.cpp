@@ -19,9 +19,17 @@ const char* resultName(Outcome::Status status) {
     return "";
 }
 
+void addPlace(Json::Value& json, int line, int column) {
+    if (line > 0) {
+        json["line"] = line;
+        json["column"] = column;
+    }
+}
+
 Json::Value findingJson(const Finding& finding) {
     Json::Value json(Json::objectValue);
     json["path"] = pointerText(finding.path);
+    addPlace(json, finding.line, finding.column);
     json["finding"] = findingTypeName(finding.type);
     if (finding.type != Finding::Type::Added) {
         json["original"] = finding.original;
@@ -30,8 +38,6 @@ Json::Value findingJson(const Finding& finding) {
         json["understood"] = finding.understood;
     }
     json["text"] = findingText(finding);
-    json["line"] = finding.line;
-    json["column"] = finding.column;
     return json;
 }
 
@@ -45,12 +51,9 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     json["exit"] = exitCodeOf(outcome.status);
     if (outcome.status == Outcome::Status::Unusable) {
         json["error"] = outcome.problem;
+        addPlace(json, outcome.line, outcome.column);
         if (outcome.fileMgrCode != 0) {
             json["filemgr-code"] = outcome.fileMgrCode;
-        }
-        if (outcome.line > 0) {
-            json["line"] = outcome.line;
-            json["column"] = outcome.column;
         }
         if (outcome.problemPlace.found) {
             json["path"] = pointerText(outcome.problemPlace.path);
