@@ -16,7 +16,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <regex>
 
 #include "FileMgr.h"
 #include "ReadingScan.h"
@@ -474,14 +473,21 @@ std::string loadFailureCause(const std::string& path) {
 // A parse failure quotes jsoncpp's first message, as FileMgr logged it ("* Line 2, Column
 // 14\n  Syntax error: ..."); the position is the outcome's own.
 void describeParseError(Outcome& failure) {
-    static const std::regex error(R"(^ERR::Error: '\* Line \d+, Column \d+\n  ([^\n]*))");
-    for (const LogLine& logged : failure.log) {
-        std::smatch match;
-        if (std::regex_search(logged.text, match, error)) {
-            failure.problem = "not valid JSON: " + match[1].str() + " (FileMgr code " +
-                              std::to_string(failure.fileMgrCode) + ")";
-            return;
+    static const std::string logged = "ERR::Error: '* Line ";
+    static const std::string indent = "\n  ";
+    for (const LogLine& line : failure.log) {
+        if (line.text.compare(0, logged.size(), logged) != 0) {
+            continue;
         }
+        const size_t start = line.text.find(indent);
+        if (start == std::string::npos) {
+            continue;
+        }
+        const size_t from = start + indent.size();
+        const std::string message = line.text.substr(from, line.text.find('\n', from) - from);
+        failure.problem = "not valid JSON: " + message + " (FileMgr code " +
+                          std::to_string(failure.fileMgrCode) + ")";
+        return;
     }
 }
 
