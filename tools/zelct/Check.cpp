@@ -101,6 +101,28 @@ size_t likeness(const Json::Value& a, const Json::Value& b) {
     return shared;
 }
 
+// Whether two objects differ in one member at most.
+bool nearlyEqual(const Json::Value& a, const Json::Value& b) {
+    if (!a.isObject() || !b.isObject()) {
+        return false;
+    }
+    int differences = 0;
+    for (auto it = a.begin(); it != a.end() && differences <= 1; ++it) {
+        const std::string name = it.name();
+        const Json::Value* other = b.find(name.data(), name.data() + name.size());
+        if (other == nullptr || !sameValue(*it, *other)) {
+            ++differences;
+        }
+    }
+    for (auto it = b.begin(); it != b.end() && differences <= 1; ++it) {
+        const std::string name = it.name();
+        if (a.find(name.data(), name.data() + name.size()) == nullptr) {
+            ++differences;
+        }
+    }
+    return differences <= 1;
+}
+
 // Beyond this many candidate pairs, elements that differ simply pair by position.
 constexpr size_t kPairingBudget = 250000;
 
@@ -115,6 +137,7 @@ public:
           partner_(original.size(), -1),
           taken_(understood.size(), false) {
         pairEqualInPlace();
+        pairNearlyEqualInPlace();
         if (static_cast<size_t>(original.size()) * understood.size() <= kPairingBudget) {
             pairEqualElsewhere();
             pairMostAlike();
@@ -141,6 +164,17 @@ private:
     void pairEqualInPlace() {
         for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
             if (sameValue(original_[i], understood_[i])) {
+                pair(i, i);
+            }
+        }
+    }
+
+    // An element that differs from the one in its place by one member at most (a value the
+    // library changed, a member it dropped or added) is that element, whatever a search
+    // across the list would find; rows of a long table mostly pair here, cheaply.
+    void pairNearlyEqualInPlace() {
+        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
+            if (partner_[i] < 0 && !taken_[i] && nearlyEqual(original_[i], understood_[i])) {
                 pair(i, i);
             }
         }
@@ -208,20 +242,80 @@ std::string patternText(const JsonPath& path) {
     return text;
 }
 
+// The document with the node at the path removed, in place: a member is removed, the last
+// array element is cut off, an element in the middle becomes null so the others keep their
+// index.
+void removeAt(Json::Value& document, const JsonPath& path) {
+    if (path.empty()) {
+        document = Json::Value();
+        return;
+    }
+    const JsonPath parentPath(path.begin(), path.end() - 1);
+    Json::Value* parent = nodeAt(document, parentPath);
+    const PathStep& last = path.back();
+    if (parent == nullptr) {
+        return;
+    }
+    if (!last.isIndex) {
+        if (parent->isObject()) {
+            parent->removeMember(last.key);
+        }
+    } else if (parent->isArray() && last.index < parent->size()) {
+        if (last.index + 1 == parent->size()) {
+            parent->resize(last.index);
+        } else {
+            (*parent)[last.index] = Json::Value();
+        }
+    }
+}
+
+// How a node is changed to see whether the reading notices.
+enum class Perturbation { Probe, Remove, Other };
+
+// A node whose reading is in question, and the finding that waits for the answer.
+struct Question {
+    enum class Kind {
+        Read,   // does the class read it? (findings Changed/NotWrittenBack or Dropped)
+        Empty,  // does removing an empty member change the reading? (no finding if not)
+    };
+    Kind kind;
+    JsonPath path;
+    const Json::Value* original;
+    size_t finding;  // index of the waiting finding
+    bool answer;     // read, or (Empty) noticed when removed
+};
+
+// Where questions are answered: the whole document, or one element of a top-level array read
+// alone as a list of one, with its own baseline. Lists whose elements read alone as they read
+// among the others (each element appended on its own) are answered element by element, so a
+// question costs the reading of its element, not of the whole document.
+struct Scope {
+    Json::Value document;    // a copy of the element for a local scope
+    const Json::Value* own;  // the document the questions perturb
+    Reading alone;           // the reading of the element alone, for a local scope
+    const Reading* baseline;
+    bool local = false;
+    size_t nodes = 0;
+};
+
 class Comparison {
 public:
     Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline,
                size_t exactWork)
-        : kind_(kind),
-          document_(document),
-          baseline_(baseline),
-          exactWork_(exactWork),
-          nodes_(nodeCount(document)) {}
+        : kind_(kind), document_(document), baseline_(baseline), exactWork_(exactWork) {}
 
     std::vector<Finding> run() {
         JsonPath path;
-        walk(document_, understoodAsShaped(baseline_.understood, document_), path);
-        return std::move(findings_);
+        const Json::Value understood = understoodAsShaped(baseline_.understood, document_);
+        walk(document_, understood, path);
+        answerAll(understood);
+        std::vector<Finding> findings;
+        for (size_t i = 0; i < findings_.size(); ++i) {
+            if (!ignorable_[i]) {
+                findings.push_back(std::move(findings_[i]));
+            }
+        }
+        return findings;
     }
 
 private:
@@ -234,7 +328,8 @@ private:
         } else if (original.isArray() && understood.isArray()) {
             walkElements(original, understood, path);
         } else {
-            differs(original, understood, path);
+            ask(Question::Kind::Read, original, path,
+                {Finding::Type::Changed, path, original, understood});
         }
     }
 
@@ -275,7 +370,7 @@ private:
         for (Json::ArrayIndex j = 0; j < understood.size(); ++j) {
             if (!paired[j]) {
                 path.push_back(PathStep::element(j));
-                findings_.push_back({Finding::Type::Added, path, Json::Value(), understood[j]});
+                addFinding({Finding::Type::Added, path, Json::Value(), understood[j]});
                 path.pop_back();
             }
         }
@@ -287,67 +382,202 @@ private:
         } else if (original != nullptr) {
             missing(*original, path);
         } else {
-            findings_.push_back({Finding::Type::Added, path, Json::Value(), *understood});
+            addFinding({Finding::Type::Added, path, Json::Value(), *understood});
         }
     }
 
-    void differs(const Json::Value& original, const Json::Value& understood, const JsonPath& path) {
-        if (isRead(original, path)) {
-            findings_.push_back({Finding::Type::Changed, path, original, understood});
-        } else {
-            findings_.push_back({Finding::Type::Dropped, path, original, Json::Value()});
-        }
-    }
-
+    // An empty member that the class does not write back says nothing the reading would miss,
+    // as long as the reading is the same without it; else it is read or dropped.
     void missing(const Json::Value& original, const JsonPath& path) {
-        // An empty member that the class does not write back says nothing the reading
-        // would miss, as long as the reading is the same without it.
-        if (isEmptyValue(original) &&
-            decide("empty", path, [&] { return !changesReading(removedAt(document_, path)); })) {
+        ask(isEmptyValue(original) ? Question::Kind::Empty : Question::Kind::Read, original, path,
+            {Finding::Type::NotWrittenBack, path, original, Json::Value()});
+    }
+
+    size_t addFinding(Finding finding) {
+        findings_.push_back(std::move(finding));
+        ignorable_.push_back(false);
+        return findings_.size() - 1;
+    }
+
+    void ask(Question::Kind kind, const Json::Value& original, const JsonPath& path,
+             Finding ifRead) {
+        questions_.push_back({kind, path, &original, addFinding(std::move(ifRead)), false});
+    }
+
+    // ---- answers ----
+
+    void answerAll(const Json::Value& understood) {
+        if (questions_.empty()) {
             return;
         }
-        const Finding::Type type =
-            isRead(original, path) ? Finding::Type::NotWrittenBack : Finding::Type::Dropped;
-        findings_.push_back({type, path, original, Json::Value()});
-    }
-
-    bool isRead(const Json::Value& original, const JsonPath& path) {
-        return decide(jsonTypeText(original), path, [&] { return probeRead(original, path); });
-    }
-
-    // Each decision reads the whole document again, so a long list whose elements all differ
-    // alike would cost the square of its length. Past a budget of work, once the same
-    // question about the same member of every element (the path with its indices left out)
-    // has had the same answer a few times, that answer holds for the other elements. Small
-    // documents are always decided node by node.
-    template <class Compute>
-    bool decide(const char* question, const JsonPath& path, Compute compute) {
-        Verdict& verdict = verdicts_[std::string(question) + " " + patternText(path)];
-        if (rereads_ * nodes_ > exactWork_ && verdict.seen >= kTrustedAfter && verdict.agreed) {
-            return verdict.answer;
+        // Questions grouped by the top-level element they are under, when the elements read
+        // alone as they do in the list; all others are answered on the whole document.
+        std::map<Json::ArrayIndex, std::vector<size_t>> byElement;
+        std::vector<size_t> whole;
+        for (size_t i = 0; i < questions_.size(); ++i) {
+            const JsonPath& path = questions_[i].path;
+            if (document_.isArray() && !path.empty() && path[0].isIndex) {
+                byElement[path[0].index].push_back(i);
+            } else {
+                whole.push_back(i);
+            }
         }
-        const bool answer = compute();
+        for (auto& element : byElement) {
+            Scope scope;
+            if (readsAlone(element.first, understood, scope)) {
+                answerInScope(scope, element.second);
+            } else {
+                whole.insert(whole.end(), element.second.begin(), element.second.end());
+            }
+        }
+        if (!whole.empty()) {
+            std::sort(whole.begin(), whole.end());
+            Scope scope;
+            scope.own = &document_;
+            scope.baseline = &baseline_;
+            scope.nodes = nodeCount(document_);
+            answerInScope(scope, whole);
+        }
+        for (const Question& question : questions_) {
+            settle(question);
+        }
+    }
+
+    bool readsAlone(Json::ArrayIndex index, const Json::Value& understood, Scope& scope) {
+        if (!understood.isArray() || index >= understood.size()) {
+            return false;
+        }
+        scope.document = Json::Value(Json::arrayValue);
+        scope.document.append(document_[index]);
+        scope.alone = readAs(kind_, scope.document);
+        scope.baseline = &scope.alone;
+        scope.nodes = nodeCount(scope.document);
+        work_ += scope.nodes;
+        const Json::Value alone = understoodAsShaped(scope.alone.understood, scope.document);
+        if (scope.alone.failed || !alone.isArray() || alone.size() != 1 ||
+            !sameValue(alone[0], understood[index])) {
+            return false;
+        }
+        scope.own = &scope.document;
+        scope.local = true;
+        return true;
+    }
+
+    void answerInScope(const Scope& scope, const std::vector<size_t>& items) {
+        std::vector<size_t> reads;
+        std::vector<size_t> empties;
+        for (size_t i : items) {
+            (questions_[i].kind == Question::Kind::Read ? reads : empties).push_back(i);
+        }
+        answerGroup(scope, reads);
+        answerGroup(scope, empties);
+    }
+
+    // Perturbs the whole group at once: when the reading does not notice, no node of it
+    // matters; when it does, each half is asked again, so only groups holding a node that
+    // matters are split. Past the budget of exact work, questions whose pattern (the path
+    // without its indices) has had the same answer a few times take that answer.
+    void answerGroup(const Scope& scope, std::vector<size_t> items) {
+        if (work_ > exactWork_) {
+            items.erase(std::remove_if(items.begin(), items.end(),
+                                       [&](size_t i) { return answerFromPattern(i); }),
+                        items.end());
+        }
+        if (items.empty()) {
+            return;
+        }
+        const bool noticed = questions_[items[0]].kind == Question::Kind::Empty
+                                 ? notices(scope, items, Perturbation::Remove)
+                                 : notices(scope, items, Perturbation::Probe) ||
+                                       notices(scope, items, Perturbation::Remove) ||
+                                       notices(scope, items, Perturbation::Other);
+        if (!noticed || items.size() == 1) {
+            for (size_t i : items) {
+                record(i, noticed);
+            }
+            return;
+        }
+        const auto middle = items.begin() + static_cast<std::ptrdiff_t>(items.size() / 2);
+        answerGroup(scope, std::vector<size_t>(items.begin(), middle));
+        answerGroup(scope, std::vector<size_t>(middle, items.end()));
+    }
+
+    JsonPath scopedPath(const Scope& scope, const JsonPath& path) const {
+        JsonPath scoped = path;
+        if (scope.local) {
+            scoped[0] = PathStep::element(0);
+        }
+        return scoped;
+    }
+
+    bool notices(const Scope& scope, const std::vector<size_t>& items, Perturbation how) {
+        Json::Value perturbed = *scope.own;
+        bool changed = false;
+        // From the last node back, so that cutting off the last elements of an array leaves
+        // the indices of the earlier ones as they are.
+        for (auto it = items.rbegin(); it != items.rend(); ++it) {
+            const Question& question = questions_[*it];
+            const JsonPath path = scopedPath(scope, question.path);
+            if (how == Perturbation::Remove) {
+                removeAt(perturbed, path);
+                changed = true;
+                continue;
+            }
+            Json::Value value = probeValue();
+            if (how == Perturbation::Other && !otherValueOfType(*question.original, value)) {
+                continue;
+            }
+            if (Json::Value* node = nodeAt(perturbed, path)) {
+                *node = value;
+                changed = true;
+            }
+        }
+        if (!changed) {
+            return false;
+        }
+        work_ += scope.nodes;
+        return !sameReading(readInPlace(kind_, perturbed), *scope.baseline);
+    }
+
+    std::string patternOf(const Question& question) const {
+        return (question.kind == Question::Kind::Read
+                    ? std::string(jsonTypeText(*question.original))
+                    : std::string("empty")) +
+               " " + patternText(question.path);
+    }
+
+    bool answerFromPattern(size_t i) {
+        const auto found = verdicts_.find(patternOf(questions_[i]));
+        if (found == verdicts_.end() || found->second.seen < kTrustedAfter ||
+            !found->second.agreed) {
+            return false;
+        }
+        questions_[i].answer = found->second.answer;
+        return true;
+    }
+
+    void record(size_t i, bool answer) {
+        Question& question = questions_[i];
+        question.answer = answer;
+        Verdict& verdict = verdicts_[patternOf(question)];
         if (verdict.seen > 0 && answer != verdict.answer) {
             verdict.agreed = false;
         }
         verdict.answer = answer;
         ++verdict.seen;
-        return answer;
     }
 
-    bool probeRead(const Json::Value& original, const JsonPath& path) {
-        if (changesReading(replacedAt(document_, path, probeValue())) ||
-            changesReading(removedAt(document_, path))) {
-            return true;
+    void settle(const Question& question) {
+        Finding& finding = findings_[question.finding];
+        if (question.kind == Question::Kind::Empty) {
+            // Removing it changes the reading, so it is read and not written back.
+            ignorable_[question.finding] = !question.answer;
+            return;
         }
-        Json::Value other;
-        return otherValueOfType(original, other) &&
-               changesReading(replacedAt(document_, path, other));
-    }
-
-    bool changesReading(const Json::Value& perturbed) {
-        ++rereads_;
-        return !sameReading(readAs(kind_, perturbed), baseline_);
+        if (!question.answer) {
+            finding.type = Finding::Type::Dropped;
+            finding.understood = Json::Value();
+        }
     }
 
     struct Verdict {
@@ -361,10 +591,11 @@ private:
     const Json::Value& document_;
     const Reading& baseline_;
     std::vector<Finding> findings_;
+    std::vector<bool> ignorable_;  // an empty member whose removal the reading never notices
+    std::vector<Question> questions_;
     std::map<std::string, Verdict> verdicts_;
     size_t exactWork_;  // nodes read again, all readings together
-    size_t rereads_ = 0;
-    size_t nodes_;
+    size_t work_ = 0;
 };
 
 // The node a path names in a document that is only looked at, or nullptr.
@@ -600,12 +831,16 @@ constexpr size_t kParserNestingLimit = 1000;
 }  // namespace
 
 Reading readAs(const Kind& kind, const Json::Value& document) {
+    Json::Value copy = document;
+    return readInPlace(kind, copy);
+}
+
+Reading readInPlace(const Kind& kind, Json::Value& document) {
     Reading reading;
     LogRecorder recorder;
     try {
-        Json::Value copy = document;
         std::unique_ptr<IJsonSerializable> object = kind.make();
-        object->Deserialize(copy);
+        object->Deserialize(document);
         object->Serialize(reading.understood);
     } catch (const std::exception& e) {
         reading.failed = true;

@@ -27,6 +27,9 @@ struct Reading {
 // Log lines are recorded, not shown. Never throws.
 Reading readAs(const Kind& kind, const Json::Value& document);
 
+// The same on a document of the caller's that may be changed: reading adds null members.
+Reading readInPlace(const Kind& kind, Json::Value& document);
+
 // One difference between a document and what the library understood from it.
 struct Finding {
     enum class Type {
