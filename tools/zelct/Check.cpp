@@ -290,11 +290,10 @@ struct Question {
 // among the others (each element appended on its own) are answered element by element, so a
 // question costs the reading of its element, not of the whole document.
 struct Scope {
-    Json::Value document;    // a copy of the element for a local scope
-    const Json::Value* own;  // the document the questions perturb
-    Reading alone;           // the reading of the element alone, for a local scope
-    const Reading* baseline;
     bool local = false;
+    Json::ArrayIndex element = 0;  // of a local scope
+    Reading alone;                 // the reading of the element alone, for a local scope
+    const Reading* baseline = nullptr;
     size_t nodes = 0;
 };
 
@@ -306,7 +305,9 @@ public:
 
     std::vector<Finding> run() {
         JsonPath path;
-        const Json::Value understood = understoodAsShaped(baseline_.understood, document_);
+        const Json::Value empty = understoodAsShaped(Json::Value(), document_);
+        const Json::Value& understood =
+            baseline_.understood.isNull() ? empty : baseline_.understood;
         walk(document_, understood, path);
         answerAll(understood);
         std::vector<Finding> findings;
@@ -433,7 +434,6 @@ private:
         if (!whole.empty()) {
             std::sort(whole.begin(), whole.end());
             Scope scope;
-            scope.own = &document_;
             scope.baseline = &baseline_;
             scope.nodes = nodeCount(document_);
             answerInScope(scope, whole);
@@ -447,20 +447,16 @@ private:
         if (!understood.isArray() || index >= understood.size()) {
             return false;
         }
-        scope.document = Json::Value(Json::arrayValue);
-        scope.document.append(document_[index]);
-        scope.alone = readAs(kind_, scope.document);
-        scope.baseline = &scope.alone;
-        scope.nodes = nodeCount(scope.document);
-        work_ += scope.nodes;
-        const Json::Value alone = understoodAsShaped(scope.alone.understood, scope.document);
-        if (scope.alone.failed || !alone.isArray() || alone.size() != 1 ||
-            !sameValue(alone[0], understood[index])) {
-            return false;
-        }
-        scope.own = &scope.document;
         scope.local = true;
-        return true;
+        scope.element = index;
+        scope.nodes = nodeCount(document_[index]) + 1;
+        Json::Value copy = copyOf(scope);
+        scope.alone = readInPlace(kind_, copy);
+        scope.baseline = &scope.alone;
+        work_ += scope.nodes;
+        const Json::Value& alone = scope.alone.understood;
+        return !scope.alone.failed && alone.isArray() && alone.size() == 1 &&
+               sameValue(alone[0], understood[index]);
     }
 
     void answerInScope(const Scope& scope, const std::vector<size_t>& items) {
@@ -502,6 +498,17 @@ private:
         answerGroup(scope, std::vector<size_t>(middle, items.end()));
     }
 
+    // The document a scope's questions perturb, fresh: the element alone as a list of one, or
+    // the whole document.
+    Json::Value copyOf(const Scope& scope) const {
+        if (!scope.local) {
+            return document_;
+        }
+        Json::Value list(Json::arrayValue);
+        list.append(document_[scope.element]);
+        return list;
+    }
+
     JsonPath scopedPath(const Scope& scope, const JsonPath& path) const {
         JsonPath scoped = path;
         if (scope.local) {
@@ -511,7 +518,7 @@ private:
     }
 
     bool notices(const Scope& scope, const std::vector<size_t>& items, Perturbation how) {
-        Json::Value perturbed = *scope.own;
+        Json::Value perturbed = copyOf(scope);
         bool changed = false;
         // From the last node back, so that cutting off the last elements of an array leaves
         // the indices of the earlier ones as they are.

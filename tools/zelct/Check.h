@@ -68,7 +68,7 @@ std::string findingText(const Finding& finding);
 // removed, and replaced by another value of its type: if none of these changes what is
 // understood or logged, the node is never read. Past `exactWork` nodes read again, an answer
 // that the same member of several elements of a list has had alike is taken for the others.
-constexpr size_t kExactWork = 2000000;
+constexpr size_t kExactWork = 200000;
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline, size_t exactWork = kExactWork);
 
