@@ -687,20 +687,6 @@ Outcome unusable(std::string problem) {
     return outcome;
 }
 
-Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading& reading) {
-    const FailurePlace place = locateFailure(kind, document);
-    Outcome outcome;
-    if (place.found) {
-        const std::string& error = place.error.empty() ? reading.error : place.error;
-        outcome = unusable(pointerText(place.path) + ": the library cannot read " +
-                           quoted(*constNodeAt(document, place.path)) + " here (" + error + ")");
-    } else {
-        outcome = unusable("the library cannot read it (" + reading.error + ")");
-    }
-    outcome.problemPlace = place;
-    return outcome;
-}
-
 // A JSON text cut out of the file, as the device's parser reads it; null when it is none.
 Json::Value parsedSlice(const std::string& bytes, size_t begin, size_t end) {
     Json::Value value;
@@ -801,6 +787,37 @@ void placeOutcome(Outcome& outcome, Position position) {
     outcome.column = position.column;
 }
 
+// A reading that throws: the first node it rejects, quoted as the file has it. `work` is the
+// caller's and is changed by the search.
+Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
+                   const SourceText* source) {
+    const FailurePlace place = locateFailureInPlace(kind, work);
+    if (!place.found) {
+        Outcome outcome = unusable("the library cannot read it (" + reading.error + ")");
+        return outcome;
+    }
+    // The node itself is as it was; members the reading added to it have no place in the
+    // text, so the file's own text of it is quoted when there is one.
+    const Json::Value& node = *constNodeAt(work, place.path);
+    Json::Value asWritten = node;
+    if (source != nullptr && node.getOffsetLimit() > node.getOffsetStart()) {
+        const Json::Value slice =
+            parsedSlice(source->bytes, static_cast<size_t>(node.getOffsetStart()),
+                        static_cast<size_t>(node.getOffsetLimit()));
+        if (!slice.isNull()) {
+            asWritten = slice;
+        }
+    }
+    const std::string& error = place.error.empty() ? reading.error : place.error;
+    Outcome outcome = unusable(pointerText(place.path) + ": the library cannot read " +
+                               quoted(asWritten) + " here (" + error + ")");
+    outcome.problemPlace = place;
+    if (source != nullptr) {
+        placeOutcome(outcome, source->positionOf(node, !place.path.back().isIndex));
+    }
+    return outcome;
+}
+
 // jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
 Position parseErrorPosition(const SourceText& source) {
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
@@ -834,6 +851,69 @@ std::unique_ptr<SourceText> readSource(const std::string& path) {
 
 // The deepest nesting jsoncpp's reader accepts with its default settings.
 constexpr size_t kParserNestingLimit = 1000;
+
+// Whether the reading succeeds with the list cut to its first `count` elements. The list is
+// swapped with the shorter one and back, so only the kept elements are copied.
+bool readsWithFirst(const Kind& kind, const Json::Value& work, Json::Value& list, size_t count) {
+    Json::Value shorter(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < count; ++i) {
+        shorter.append(list[i]);
+    }
+    list.swap(shorter);
+    const bool reads = !readAs(kind, work).failed;
+    list.swap(shorter);
+    return reads;
+}
+
+// Cuts a list to its first `count` elements; building the shorter list is cheaper than
+// erasing the others one by one from jsoncpp's map.
+void keepFirst(Json::Value& list, size_t count) {
+    Json::Value shorter(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < count; ++i) {
+        shorter.append(Json::Value());
+        shorter[i].swap(list[i]);
+    }
+    shorter.swap(list);
+}
+
+// The first element of a list that the reading rejects: the lengths tried grow from the
+// front by doubling and are then halved, so a list rejected early costs what its head costs.
+bool firstRejectedElement(const Kind& kind, const Json::Value& work, Json::Value& list,
+                          size_t& first) {
+    if (list.empty() || !readsWithFirst(kind, work, list, 0)) {
+        return false;
+    }
+    size_t reads = 0;            // reading succeeds with the first `reads` elements
+    size_t fails = list.size();  // reading fails with the first `fails` elements
+    for (size_t count = 1; count < fails; count *= 2) {
+        if (!readsWithFirst(kind, work, list, count)) {
+            fails = count;
+            break;
+        }
+        reads = count;
+    }
+    while (fails - reads > 1) {
+        const size_t middle = reads + (fails - reads) / 2;
+        (readsWithFirst(kind, work, list, middle) ? reads : fails) = middle;
+    }
+    first = reads;
+    return true;
+}
+
+bool firstRejectedMember(const Kind& kind, const Json::Value& work, const Children& children,
+                         size_t& first) {
+    if (children.values.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
+        return false;
+    }
+    size_t reads = 0;                       // reading succeeds with children[reads..] null
+    size_t fails = children.values.size();  // reading fails with children[fails..] null
+    while (fails - reads > 1) {
+        const size_t middle = reads + (fails - reads) / 2;
+        (readsWithNullsFrom(kind, work, children, middle) ? reads : fails) = middle;
+    }
+    first = reads;
+    return true;
+}
 
 }  // namespace
 
@@ -926,34 +1006,38 @@ std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& docume
 }
 
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
-    // Null reads as the defaults, so nulling more children never makes a reading fail. The
-    // first child that the reading rejects is the last one that must keep its value for the
-    // reading to fail while every child after it is null; with those nulled, the search goes
-    // on inside it. Bisection keeps long arrays cheap.
-    FailurePlace place;
     Json::Value work = document;
+    return locateFailureInPlace(kind, work);
+}
+
+FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work) {
+    // Null reads as the defaults and a shorter list reads as fewer elements, so nulling more
+    // members or cutting a list shorter never makes a reading fail. The first child that the
+    // reading rejects is the last one that must stay for the reading to fail while every
+    // child after it is null or cut off; with those gone, the search goes on inside it.
+    FailurePlace place;
     Json::Value* node = &work;
     while (true) {
-        const Children children = childrenOf(*node);
-        if (children.values.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
-            break;
-        }
-        size_t reads = 0;                       // reading succeeds with children[reads..] null
-        size_t fails = children.values.size();  // reading fails with children[fails..] null
-        while (fails - reads > 1) {
-            const size_t middle = reads + (fails - reads) / 2;
-            if (readsWithNullsFrom(kind, work, children, middle)) {
-                reads = middle;
-            } else {
-                fails = middle;
+        size_t first = 0;
+        if (node->isArray()) {
+            if (!firstRejectedElement(kind, work, *node, first)) {
+                break;
             }
+            keepFirst(*node, first + 1);
+            place.path.push_back(PathStep::element(static_cast<Json::ArrayIndex>(first)));
+            node = &(*node)[static_cast<Json::ArrayIndex>(first)];
+        } else {
+            const Children children = childrenOf(*node);
+            if (!firstRejectedMember(kind, work, children, first)) {
+                break;
+            }
+            for (size_t i = first + 1; i < children.values.size(); ++i) {
+                *children.values[i] = Json::Value();
+            }
+            place.path.push_back(stepTo(children, first));
+            node = children.values[first];
         }
-        for (size_t i = reads + 1; i < children.values.size(); ++i) {
-            *children.values[i] = Json::Value();
-        }
-        place.path.push_back(stepTo(children, reads));
         place.found = true;
-        node = children.values[reads];
     }
     if (place.found) {
         place.error = readAs(kind, work).error;
@@ -973,34 +1057,25 @@ int exitCodeOf(Outcome::Status status) {
     return 2;
 }
 
-Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
-                      const SourceText* source) {
-    if (!hasTopLevel(kind, document)) {
-        Outcome outcome =
-            unusable(std::string("the top-level value is ") + jsonTypeText(document) +
-                     ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
-        if (source != nullptr) {
-            placeOutcome(outcome, source->positionOf(document, false));
-        }
-        return outcome;
+namespace {
+
+Outcome wrongTopLevel(const Kind& kind, const Json::Value& document, const SourceText* source) {
+    Outcome outcome = unusable(std::string("the top-level value is ") + jsonTypeText(document) +
+                               ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
+    if (source != nullptr) {
+        placeOutcome(outcome, source->positionOf(document, false));
     }
-    Reading reading = readAs(kind, document);
-    if (reading.failed) {
-        Outcome outcome = unreadable(kind, document, reading);
-        if (source != nullptr && outcome.problemPlace.found) {
-            const JsonPath& path = outcome.problemPlace.path;
-            placeOutcome(outcome, positionOfPath(*source, document, path, false));
-        }
-        outcome.log = std::move(reading.log);
-        return outcome;
-    }
+    return outcome;
+}
+
+// The verdict on a document that was read without failing.
+Outcome judged(const Kind& kind, const Json::Value& document, Reading& reading, bool withFindings,
+               const SourceText* source) {
     Outcome outcome;
-    outcome.understood = std::move(reading.understood);
     if (withFindings) {
         if (source != nullptr) {
             outcome.findings = readingFindings(*source, document);
         }
-        reading.understood = outcome.understood;
         std::vector<Finding> differences = findDifferences(kind, document, reading);
         if (source != nullptr) {
             placeFindings(differences, *source, document);
@@ -1009,8 +1084,61 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
         outcome.status =
             outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
     }
+    outcome.understood = std::move(reading.understood);
     outcome.log = std::move(reading.log);
     return outcome;
+}
+
+// The document of a file as the device's parser gives it.
+bool parsedAgain(const SourceText& source, Json::Value& document) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    std::string errors;
+    return reader->parse(source.bytes.data(), source.bytes.data() + source.deviceLength, &document,
+                         &errors);
+}
+
+// Checks a loaded file reading its document in place, as the device does, so that a document
+// the library cannot read is never copied. The comparison needs the document as the file
+// has it, which the reading changed: it is parsed again from the text.
+Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings) {
+    const SourceText& source = *loaded.source;
+    if (!hasTopLevel(kind, loaded.document)) {
+        return wrongTopLevel(kind, loaded.document, &source);
+    }
+    Reading reading = readInPlace(kind, loaded.document);
+    if (reading.failed) {
+        Outcome outcome = unreadable(kind, loaded.document, reading, &source);
+        outcome.log = std::move(reading.log);
+        return outcome;
+    }
+    if (!withFindings) {
+        return judged(kind, loaded.document, reading, false, &source);
+    }
+    loaded.document = Json::Value();
+    Json::Value document;
+    if (!parsedAgain(source, document)) {
+        return unusable("the file changed while it was checked");
+    }
+    return judged(kind, document, reading, true, &source);
+}
+
+}  // namespace
+
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
+                      const SourceText* source) {
+    if (!hasTopLevel(kind, document)) {
+        return wrongTopLevel(kind, document, source);
+    }
+    Json::Value work = document;
+    Reading reading = readInPlace(kind, work);
+    if (reading.failed) {
+        work = document;
+        Outcome outcome = unreadable(kind, work, reading, source);
+        outcome.log = std::move(reading.log);
+        return outcome;
+    }
+    work = Json::Value();
+    return judged(kind, document, reading, withFindings, source);
 }
 
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
@@ -1065,7 +1193,12 @@ Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) 
         if (!loadFile(path, loaded, failure)) {
             return failure;
         }
-        return checkLoaded(kind, loaded, withFindings);
+        if (loaded.source == nullptr) {
+            return checkLoaded(kind, loaded, withFindings);
+        }
+        Outcome outcome = checkInPlace(kind, loaded, withFindings);
+        outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
+        return outcome;
     } catch (const std::exception& e) {
         return unusable(std::string("cannot be checked (") + e.what() + ")");
     }

@@ -83,6 +83,9 @@ struct FailurePlace {
 };
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document);
 
+// The same on a document of the caller's, which it changes (members nulled, lists cut).
+FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work);
+
 // The verdict on one document or file.
 struct Outcome {
     enum class Status { Exact, Findings, Unusable };
