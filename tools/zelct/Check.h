@@ -27,6 +27,9 @@ struct Reading {
 // Log lines are recorded, not shown. Never throws.
 Reading readAs(const Kind& kind, const Json::Value& document);
 
+// The same on a document of the caller's that may be changed: reading adds null members.
+Reading readInPlace(const Kind& kind, Json::Value& document);
+
 // One difference between a document and what the library understood from it.
 struct Finding {
     enum class Type {
@@ -65,7 +68,7 @@ std::string findingText(const Finding& finding);
 // removed, and replaced by another value of its type: if none of these changes what is
 // understood or logged, the node is never read. Past `exactWork` nodes read again, an answer
 // that the same member of several elements of a list has had alike is taken for the others.
-constexpr size_t kExactWork = 2000000;
+constexpr size_t kExactWork = 200000;
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline, size_t exactWork = kExactWork);
 
@@ -79,6 +82,9 @@ struct FailurePlace {
     std::string error;
 };
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document);
+
+// The same on a document of the caller's, which it changes (members nulled, lists cut).
+FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work);
 
 // The verdict on one document or file.
 struct Outcome {
