@@ -266,9 +266,11 @@ TEST(ZelctNormalize, AnEmptyListOrSetIsWrittenInTheKindsOwnShape) {
 // normalize writes from a usable document, check understands exactly.
 TEST(ZelctNormalize, CheckUnderstandsWhatNormalizeWroteExactly) {
     std::vector<std::string> documents = documentsUnder(ZELCT_EXAMPLES_DIR);
-    const std::vector<std::string> inputs = documentsUnder(ZELCT_CLI_INPUTS_DIR);
+    const std::vector<std::string> inputs = documentsUnder(ZELCT_CLI_CASES_DIR);
     documents.insert(documents.end(), inputs.begin(), inputs.end());
     ASSERT_GT(documents.size(), 50u);
+    routeLibraryLog(Logger::logError);
+    LogRecorder quiet;  // hundreds of documents that do not parse as some kind say so
     TempDir dir;
     const std::string written = dir.file("normalized.json");
     size_t normalized = 0;
