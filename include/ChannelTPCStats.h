@@ -20,11 +20,9 @@
 // that does not hide the name), never through an IJsonSerializable reference, where the
 // derived class's const Serialize runs instead.
 //
-// Reading takes 0, false and 0 for missing keys. jsoncpp raises Json::LogicError when a
-// member cannot be converted (a negative "channel-id", so channel numbers above 2147483647
-// do not read back; a negative "error-cnt"; an object or array under any key) or when the
-// value handed over is neither null nor an object; the fields read before it keep their new
-// values. Nothing else is thrown.
+// Reading takes 0, false and 0 for missing keys. "channel-id" is written signed and read
+// unsigned, so channel numbers above 2147483647 do not read back.
+// Members that throw: "channel-id", "error-cnt", "error-detected".
 class ZELCT_API ChannelTPCStats : public IJsonSerializable {
 public:
     // Redeclared (still pure) beside the non-const one, so the name is overloaded rather than

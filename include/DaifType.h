@@ -11,11 +11,9 @@
 // Kind of physical audio/video interface: a number and its name, written as
 // {"type": 3, "string": "madi"}.
 //
-// Reading never fails on content; an unknown name keeps the previous number. jsoncpp raises
-// Json::LogicError when the value handed over is neither an object nor null, when a present
-// "string" is a non-empty array or object (empty ones count as absent), or when "type" is
-// read and holds text, an array, an object or a number outside the 32-bit signed range.
-// Nothing else is thrown.
+// Reading never fails on content; an unknown name keeps the previous number. An empty array or
+// object under "string" counts as absent, and "type" is read only when "string" is absent.
+// Members that throw: "string", "type".
 class ZELCT_API DaifType : public IJsonSerializable {
 public:
     enum DaifType_en {
@@ -131,9 +129,7 @@ private:
 
 // Media carried by a channel, written as {"media-type": 0, "string": "audio"}.
 // The number and the name are kept side by side; neither is derived from the other.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null, when "media-type" holds text, an array, an object or a number outside the
-// 32-bit signed range, or when "string" holds an array or an object. Nothing else is thrown.
+// Members that throw: "media-type", "string".
 class ZELCT_API DaifMediaType : public IJsonSerializable {
 public:
     DaifMediaType() : value(0), name("audio") {}
@@ -161,9 +157,7 @@ private:
 };
 
 // Direction an interface supports, written as {"capability": 0, "string": "inout"}.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null, when "capability" holds text, an array, an object or a number outside the
-// 32-bit signed range, or when "string" holds an array or an object. Nothing else is thrown.
+// Members that throw: "capability", "string".
 class ZELCT_API DaifCapabilities : public IJsonSerializable {
 public:
     DaifCapabilities() : value(0), name("inout") {}
@@ -190,8 +184,7 @@ private:
 
 // Kind of a network stream, written as its name alone: {"type": "audio"}.
 // The writer knows "test" but the reader does not: reading "test" keeps the kind.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null or when "type" holds an array or an object. Nothing else is thrown.
+// Members that throw: "type".
 class ZELCT_API StreamType : public IJsonSerializable {
 public:
     enum StreamType_en {
@@ -232,8 +225,7 @@ private:
 
 // Whether something is enabled, written as its name alone: {"state": "Enabled"}.
 // Names are compared exactly: "enabled" is not a state name and reads as Disabled.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null or when "state" holds an array or an object. Nothing else is thrown.
+// Members that throw: "state".
 class ZELCT_API State : public IJsonSerializable {
 public:
     enum State_en { STATE_DISABLED = 0, STATE_ENABLED = 1, STATE_PAUSED = 2 };

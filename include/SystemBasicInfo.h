@@ -40,11 +40,11 @@
 // Every Ethernet element is read by EthBasicInfo, which logs an unparsable or missing
 // address or mask.
 //
-// Exceptions: reading raises Json::LogicError when the document, "rtsp", "advertisement",
-// "temperature", "fan-speed", "product-info", "cpu-loadavg" or an element of "eth" or
-// "errors" is neither an object nor null, when "eth" or "errors" is a non-empty object, and
-// whatever the member records raise for their own members. A scalar where "eth" or "errors"
-// belongs reads as an empty list. Nothing else is thrown.
+// "eth" and "errors" are walked by index: a scalar there reads as an empty list, an object
+// with members throws.
+// Members that throw: "advertisement", "bitstream", "chipid-name", "chipid-version",
+// "cpu-loadavg", "deviceCapabilities", "errors", "eth", "fan-speed", "fw-date", "fw-version",
+// "madi-lock", "product", "product-info", "rtsp", "serial-number", "temperature".
 class ZELCT_API SystemBasicInfo : public IJsonSerializable {
 public:
     SystemBasicInfo();
