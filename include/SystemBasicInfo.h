@@ -27,7 +27,10 @@
 //   "product-info"    TarvikInfo object; written only when the product is exactly "TARVIK"
 //   "errors"          array of {"code": int, "description": string}; not written when empty
 //   "deviceCapabilities"  written by DeviceCapabilities itself
-// Each member is set whole, replacing what the object held under that key; other keys stay.
+// Each member but the lists is set whole, replacing what the object held under that key;
+// other keys stay. The lists are written as every list is: element i into element i of an
+// array already there, so elements beyond the list's length and members an element's record
+// does not write stay.
 //
 // Reading fills every field, missing members taking their defaults, with two deliberate
 // asymmetries: the serial number reads as "NA" when missing although a new record holds an

@@ -16,6 +16,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace zelct {
 
@@ -246,6 +247,51 @@ private:
     std::size_t next_ = 0;
     bool walked_ = false;
 };
+
+// Lists. Writing follows one rule for every list: element i serializes into element i of the
+// array already there, elements beyond the list's length stay, and members of an existing
+// element that the record does not write stay. Reading reaches each element by index through
+// the member access, so a scalar reads as an empty list and an object with members throws.
+
+template <typename List>
+void writeElements(const List& list, Json::Value& array) {
+    Json::ArrayIndex i = 0;
+    for (const auto& element : list) {
+        element.Serialize(array[i++]);
+    }
+}
+
+// An empty list writes no member: readers take a missing list as an empty one.
+template <typename List>
+void writeListMember(const List& list, Json::Value& root, const char* key) {
+    if (!list.empty()) {
+        writeElements(list, root[key]);
+    }
+}
+
+// Hands each element, read into a copy of blank, to add, in the array's order.
+template <typename Record, typename Add>
+void readEach(Json::Value& array, const Record& blank, Add add) {
+    for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
+        Record record(blank);
+        record.Deserialize(array[i]);
+        add(std::move(record));
+    }
+}
+
+// The list grows by what the array holds: reading the same array twice holds it twice.
+template <typename List>
+void appendList(Json::Value& array, List& list) {
+    using Record = typename List::value_type;
+    readEach(array, Record(), [&list](Record&& record) { list.push_back(std::move(record)); });
+}
+
+// The list becomes what the array holds.
+template <typename List>
+void replaceList(Json::Value& array, List& list) {
+    list.clear();
+    appendList(array, list);
+}
 
 // The same conversions as above, reading through a shaped reader.
 inline std::string stringMember(ShapedReader& in, const char* key, const char* fallback) {

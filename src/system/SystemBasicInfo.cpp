@@ -1,7 +1,5 @@
 #include "SystemBasicInfo.h"
 
-#include <utility>
-
 #include "../common/JsonMember.h"
 
 namespace {
@@ -15,30 +13,6 @@ Json::Value objectOf(const Record& record) {
     Json::Value object(Json::objectValue);
     record.Serialize(object);
     return object;
-}
-
-// An empty list leaves no member behind: readers take a missing list as an empty one.
-template <typename Record>
-void writeList(Json::Value& root, const char* key, const std::list<Record>& list) {
-    if (list.empty()) {
-        return;
-    }
-    Json::Value array(Json::arrayValue);
-    for (const Record& record : list) {
-        array.append(objectOf(record));
-    }
-    root[key] = std::move(array);
-}
-
-// The document replaces the list; it does not add to it.
-template <typename Record>
-void readList(Json::Value& array, std::list<Record>& list) {
-    list.clear();
-    for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
-        Record record;
-        record.Deserialize(array[i]);
-        list.push_back(std::move(record));
-    }
 }
 
 }  // namespace
@@ -62,7 +36,7 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
     out["chipid-version"] = Json::Value(chipidVersion);
     out["serial-number"] = Json::Value(serialNumber);
     out["madi-lock"] = Json::Value(madiLock);
-    writeList(root, "eth", eth);
+    zelct::writeListMember(eth, root, "eth");
     out["rtsp"] = objectOf(rtsp);
     out["advertisement"] = objectOf(advertisement);
     out["temperature"] = objectOf(temperature);
@@ -71,7 +45,7 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
     if (product == kMainBoardProduct) {
         root["product-info"] = objectOf(productInfo);
     }
-    writeList(root, "errors", errors);
+    zelct::writeListMember(errors, root, "errors");
     deviceCapabilities.Serialize(root);
 }
 
@@ -89,11 +63,11 @@ void SystemBasicInfo::Deserialize(Json::Value& root) {
     chipidVersion = zelct::stringMember(root, "chipid-version", "");
     serialNumber = zelct::stringMember(root, "serial-number", "NA");
     madiLock = root.get("madi-lock", false).asBool();
-    readList(root["eth"], eth);
+    zelct::replaceList(root["eth"], eth);
     temperature.Deserialize(root["temperature"]);
     fanSpeed.Deserialize(root["fan-speed"]);
     productInfo.Deserialize(root["product-info"]);
     cpuLoadavg.Deserialize(root["cpu-loadavg"]);
-    readList(root["errors"], errors);
+    zelct::replaceList(root["errors"], errors);
     deviceCapabilities.Deserialize(root);
 }
