@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "../common/JsonMember.h"
 #include "Logger.h"
 
 namespace {
@@ -80,19 +81,15 @@ void AlarmManager::Serialize(Json::Value& root) const {
     Json::Value& list = root["alarms"];
     Json::ArrayIndex i = 0;
     for (const auto& entry : alarms) {
-        entry.second.Serialize(list[i]);
-        ++i;
+        entry.second.Serialize(list[i++]);
     }
 }
 
 // The first element of a kind wins, over later elements and over an entry already held.
 // Reading an element never touches the array, so the member found once stays the one read.
 void AlarmManager::Deserialize(Json::Value& root) {
-    Json::Value& list = root["alarms"];
-    for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
-        Alarm alarm;
-        alarm.Deserialize(list[i]);
+    zelct::readEach(root["alarms"], Alarm(), [this](Alarm&& alarm) {
         const Alarm::AlarmType type = alarm.getType();
         alarms.try_emplace(type, std::move(alarm));
-    }
+    });
 }

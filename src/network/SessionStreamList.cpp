@@ -1,7 +1,5 @@
 #include "SessionStreamList.h"
 
-#include <utility>
-
 #include "../common/JsonMember.h"
 
 SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0), remoteSid(0) {}
@@ -46,16 +44,9 @@ void SessionStreamBasics::Deserialize(Json::Value& root) {
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {
-    Json::ArrayIndex i = 0;
-    for (const SessionStreamBasics& record : streams) {
-        record.Serialize(root[i++]);
-    }
+    zelct::writeElements(streams, root);
 }
 
 void SessionStreamList::Deserialize(Json::Value& root) {
-    for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
-        SessionStreamBasics record;
-        record.Deserialize(root[i]);
-        streams.push_back(std::move(record));
-    }
+    zelct::appendList(root, streams);
 }
