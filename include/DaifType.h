@@ -106,21 +106,8 @@ public:
         }
     }
 
-    void Serialize(Json::Value& root) const override {
-        root["type"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
-    // A present "string" decides by its text and "type" is not read; an absent, null or
-    // empty "string" (the access adds a null one) lets "type" decide, default 12.
-    void Deserialize(Json::Value& root) override {
-        if (root["string"].empty()) {
-            setValueAndName(root.get("type", DAIF_AUTO).asInt());
-        } else {
-            name = root.get("string", "auto").asString();
-        }
-        setNameAndResolve(name);
-    }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -139,17 +126,10 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override {
-        root["media-type"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
+    void Serialize(Json::Value& root) const override;
     // A document without "media-type" reads as 3 with an empty name, not as the
     // constructor's 0 "audio".
-    void Deserialize(Json::Value& root) override {
-        value = root.get("media-type", 3).asInt();
-        name = root.get("string", "").asString();
-    }
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -167,15 +147,8 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override {
-        root["capability"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
-    void Deserialize(Json::Value& root) override {
-        value = root.get("capability", 0).asInt();
-        name = root.get("string", "inout").asString();
-    }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -216,8 +189,8 @@ public:
         return (kind >= STREAM_AUDIO && kind <= STREAM_TEST) ? names[kind - 1] : "undefined";
     }
 
-    void Serialize(Json::Value& root) const override { root["type"] = Json::Value(nameOf(value)); }
-    void Deserialize(Json::Value& root) override { setName(root.get("type", "").asString()); }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -251,8 +224,8 @@ public:
         return (state >= STATE_DISABLED && state <= STATE_PAUSED) ? names[state] : "Undefined";
     }
 
-    void Serialize(Json::Value& root) const override { root["state"] = Json::Value(nameOf(value)); }
-    void Deserialize(Json::Value& root) override { setName(root.get("state", "").asString()); }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;

@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr char kAlarms[] = "alarms";
+
 // Only level 1 reads "ON": any other non-zero level raises the alarm, yet its line says
 // "OFF". The asymmetry is kept on purpose; do not tidy it up.
 const char* statusWord(Alarm::AlarmLevel_e level) {
@@ -78,7 +80,7 @@ void AlarmManager::Serialize(Json::Value& root) const {
     if (alarms.empty()) {
         return;
     }
-    Json::Value& list = root["alarms"];
+    Json::Value& list = root[kAlarms];
     Json::ArrayIndex i = 0;
     for (const auto& entry : alarms) {
         entry.second.Serialize(list[i++]);
@@ -88,7 +90,7 @@ void AlarmManager::Serialize(Json::Value& root) const {
 // The first element of a kind wins, over later elements and over an entry already held.
 // Reading an element never touches the array, so the member found once stays the one read.
 void AlarmManager::Deserialize(Json::Value& root) {
-    zelct::readEach(root["alarms"], Alarm(), [this](Alarm&& alarm) {
+    zelct::readEach(root[kAlarms], Alarm(), [this](Alarm&& alarm) {
         const Alarm::AlarmType type = alarm.getType();
         alarms.try_emplace(type, std::move(alarm));
     });

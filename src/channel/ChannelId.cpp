@@ -29,19 +29,23 @@ ChannelId::ChannelId(Json::Value& root) : id(0), position(0) {
 
 namespace {
 
+constexpr char kId[] = "id";
+constexpr char kType[] = "type";
+constexpr char kPosition[] = "position";
+
 // Written and read in this order.
-const zelct::ObjectShape& channelShape() {
-    static const zelct::ObjectShape shape{"id", "type", "position"};
+const zelct::Shape<3>& channelShape() {
+    static const zelct::Shape<3> shape({kId, kType, kPosition});
     return shape;
 }
 
 }  // namespace
 
 void ChannelId::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, channelShape());
-    out["id"] = Json::Value(id);
-    out["type"] = Json::Value(type.getName());
-    out["position"] = Json::Value(static_cast<int>(position));
+    zelct::Writer out(root, channelShape());
+    out[kId] = Json::Value(id);
+    out[kType] = Json::Value(type.getName());
+    out[kPosition] = Json::Value(static_cast<int>(position));
 }
 
 void ChannelId::Deserialize(Json::Value& root) {
@@ -51,8 +55,8 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    zelct::ShapedReader in(root, channelShape());
-    id = zelct::intMember(in, "id", -1);
-    type.setNameAndResolve(zelct::stringMember(in, "type", "auto"));
-    position = static_cast<unsigned char>(zelct::uintMember(in, "position", kNoPosition));
+    zelct::Reader in(root, channelShape());
+    id = in.integer(kId, -1);
+    type.setNameAndResolve(in.text(kType, "auto"));
+    position = static_cast<unsigned char>(in.uinteger(kPosition, kNoPosition));
 }

@@ -1,13 +1,31 @@
 #include "ChannelTPCStats.h"
 
+#include "../common/JsonMember.h"
+
+namespace {
+
+constexpr char kChannelId[] = "channel-id";
+constexpr char kErrorDetected[] = "error-detected";
+constexpr char kErrorCnt[] = "error-cnt";
+
+// Written and read in this order.
+const zelct::Shape<3>& statsShape() {
+    static const zelct::Shape<3> shape({kChannelId, kErrorDetected, kErrorCnt});
+    return shape;
+}
+
+}  // namespace
+
 void ChannelTPCStats::Serialize(Json::Value& root) {
-    root["channel-id"] = Json::Value(static_cast<int>(channelId));
-    root["error-detected"] = Json::Value(errorDetected);
-    root["error-cnt"] = Json::Value(static_cast<Json::UInt64>(errorCount));
+    zelct::Writer out(root, statsShape());
+    out[kChannelId] = Json::Value(static_cast<int>(channelId));
+    out[kErrorDetected] = Json::Value(errorDetected);
+    out[kErrorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
 }
 
 void ChannelTPCStats::Deserialize(Json::Value& root) {
-    channelId = root.get("channel-id", 0).asUInt();
-    errorDetected = root.get("error-detected", false).asBool();
-    errorCount = root.get("error-cnt", Json::Value(static_cast<Json::UInt64>(0))).asUInt64();
+    zelct::Reader in(root, statsShape());
+    channelId = in.uinteger(kChannelId, 0);
+    errorDetected = in.flag(kErrorDetected, false);
+    errorCount = in.uinteger64(kErrorCnt, 0);
 }

@@ -6,15 +6,24 @@ ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 namespace {
 
+constexpr char kId[] = "id";
+constexpr char kNameInput[] = "name-input";
+constexpr char kName[] = "name";
+constexpr char kNameOutput[] = "name-output";
+constexpr char kBlocked[] = "blocked";
+constexpr char kInput[] = "input";
+constexpr char kOutput[] = "output";
+constexpr char kMediaType[] = "media-type";
+constexpr char kCapabilities[] = "capabilities";
+
 // Written and read in this order ("name" is never read). The media type and the capability
-// write themselves into objects already holding their two keys, as they cannot shape
-// themselves.
-const zelct::ObjectShape& entryShape() {
-    static const zelct::ObjectShape shape = [] {
-        zelct::ObjectShape entry{"id",    "name-input", "name",       "name-output", "blocked",
-                                 "input", "output",     "media-type", "capabilities"};
-        entry.nest("media-type", zelct::ObjectShape{"media-type", "string"});
-        entry.nest("capabilities", zelct::ObjectShape{"capability", "string"});
+// write into objects already holding the keys they write.
+const zelct::Shape<9>& entryShape() {
+    static const zelct::Shape<9> shape = [] {
+        zelct::Shape<9> entry({kId, kNameInput, kName, kNameOutput, kBlocked, kInput, kOutput,
+                               kMediaType, kCapabilities});
+        entry.nest(kMediaType, zelct::written(DaifMediaType()));
+        entry.nest(kCapabilities, zelct::written(DaifCapabilities()));
         return entry;
     }();
     return shape;
@@ -23,28 +32,28 @@ const zelct::ObjectShape& entryShape() {
 }  // namespace
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, entryShape());
-    out["id"] = Json::Value(id);
-    out["name-input"] = Json::Value(nameInput.c_str());
-    out["name"] = Json::Value(nameOutput.c_str());
-    out["name-output"] = Json::Value(nameOutput.c_str());
-    out["blocked"] = Json::Value(blocked);
-    input.Serialize(out["input"]);
-    output.Serialize(out["output"]);
-    mediaType.Serialize(out["media-type"]);
-    capabilities.Serialize(out["capabilities"]);
+    zelct::Writer out(root, entryShape());
+    out[kId] = Json::Value(id);
+    out[kNameInput] = Json::Value(nameInput.c_str());
+    out[kName] = Json::Value(nameOutput.c_str());
+    out[kNameOutput] = Json::Value(nameOutput.c_str());
+    out[kBlocked] = Json::Value(blocked);
+    input.Serialize(out[kInput]);
+    output.Serialize(out[kOutput]);
+    mediaType.Serialize(out[kMediaType]);
+    capabilities.Serialize(out[kCapabilities]);
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    zelct::ShapedReader in(root, entryShape());
-    id = zelct::intMember(in, "id", -1);
-    nameInput = zelct::stringMember(in, "name-input", "");
-    nameOutput = zelct::stringMember(in, "name-output", "");
-    blocked = zelct::boolMember(in, "blocked", false);
-    input.Deserialize(in.member("input"));
-    output.Deserialize(in.member("output"));
-    mediaType.Deserialize(in.member("media-type"));
-    capabilities.Deserialize(in.member("capabilities"));
+    zelct::Reader in(root, entryShape());
+    id = in.integer(kId, -1);
+    nameInput = in.text(kNameInput, "");
+    nameOutput = in.text(kNameOutput, "");
+    blocked = in.flag(kBlocked, false);
+    input.Deserialize(in.member(kInput));
+    output.Deserialize(in.member(kOutput));
+    mediaType.Deserialize(in.member(kMediaType));
+    capabilities.Deserialize(in.member(kCapabilities));
 }
 
 namespace {

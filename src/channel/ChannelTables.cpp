@@ -2,15 +2,21 @@
 
 #include "../common/JsonMember.h"
 
+namespace {
+
+constexpr char kChannels[] = "channels";
+
+}  // namespace
+
 void ChannelTable::Serialize(Json::Value& root) const {
     type.Serialize(root);
     // A table without rows writes no "channels" member; readers take its absence as no rows.
-    zelct::writeListMember(entries, root, "channels");
+    zelct::writeListMember(entries, root, kChannels);
 }
 
 void ChannelTable::Deserialize(Json::Value& root) {
     type.Deserialize(root);
-    zelct::appendList(root["channels"], entries);
+    zelct::appendList(root[kChannels], entries);
 }
 
 void ChannelTables::Serialize(Json::Value& root) const {

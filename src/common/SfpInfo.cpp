@@ -10,34 +10,56 @@ SfpInfo::SfpInfo()
       txPower(-1.0),
       rxPower(-1.0) {}
 
+namespace {
+
+constexpr char kPresent[] = "present";
+constexpr char kVendorName[] = "vendor-name";
+constexpr char kPartNumber[] = "part-number";
+constexpr char kSerialNumber[] = "serial-number";
+constexpr char kRevision[] = "revision";
+constexpr char kConnector[] = "connector";
+constexpr char kWavelength[] = "wavelength";
+constexpr char kTemperature[] = "temperature";
+constexpr char kSupplyVoltage[] = "supply-voltage";
+constexpr char kTxPower[] = "tx-power";
+constexpr char kRxPower[] = "rx-power";
+
+// Written and read in this order.
+const zelct::Shape<11>& moduleShape() {
+    static const zelct::Shape<11> shape({kPresent, kVendorName, kPartNumber, kSerialNumber,
+                                         kRevision, kConnector, kWavelength, kTemperature,
+                                         kSupplyVoltage, kTxPower, kRxPower});
+    return shape;
+}
+
+}  // namespace
+
 void SfpInfo::Serialize(Json::Value& root) const {
-    static const zelct::ObjectShape shape{
-        "present",    "vendor-name", "part-number",    "serial-number", "revision", "connector",
-        "wavelength", "temperature", "supply-voltage", "tx-power",      "rx-power"};
-    zelct::ShapedObject out(root, shape);
-    out["present"] = Json::Value(present);
-    out["vendor-name"] = Json::Value(vendorName);
-    out["part-number"] = Json::Value(partNumber);
-    out["serial-number"] = Json::Value(serialNumber);
-    out["revision"] = Json::Value(revision);
-    out["connector"] = Json::Value(connector);
-    out["wavelength"] = Json::Value(wavelength);
-    out["temperature"] = Json::Value(temperature);
-    out["supply-voltage"] = Json::Value(supplyVoltage);
-    out["tx-power"] = Json::Value(txPower);
-    out["rx-power"] = Json::Value(rxPower);
+    zelct::Writer out(root, moduleShape());
+    out[kPresent] = Json::Value(present);
+    out[kVendorName] = Json::Value(vendorName);
+    out[kPartNumber] = Json::Value(partNumber);
+    out[kSerialNumber] = Json::Value(serialNumber);
+    out[kRevision] = Json::Value(revision);
+    out[kConnector] = Json::Value(connector);
+    out[kWavelength] = Json::Value(wavelength);
+    out[kTemperature] = Json::Value(temperature);
+    out[kSupplyVoltage] = Json::Value(supplyVoltage);
+    out[kTxPower] = Json::Value(txPower);
+    out[kRxPower] = Json::Value(rxPower);
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {
-    present = root.get("present", false).asBool();
-    vendorName = zelct::stringMember(root, "vendor-name", "");
-    partNumber = zelct::stringMember(root, "part-number", "");
-    serialNumber = zelct::stringMember(root, "serial-number", "");
-    revision = zelct::stringMember(root, "revision", "");
-    connector = zelct::stringMember(root, "connector", "");
-    wavelength = root.get("wavelength", -1).asInt();
-    temperature = root.get("temperature", -1.0).asDouble();
-    supplyVoltage = root.get("supply-voltage", -1.0).asDouble();
-    txPower = root.get("tx-power", -1.0).asDouble();
-    rxPower = root.get("rx-power", -1.0).asDouble();
+    zelct::Reader in(root, moduleShape());
+    present = in.flag(kPresent, false);
+    vendorName = in.text(kVendorName, "");
+    partNumber = in.text(kPartNumber, "");
+    serialNumber = in.text(kSerialNumber, "");
+    revision = in.text(kRevision, "");
+    connector = in.text(kConnector, "");
+    wavelength = in.integer(kWavelength, -1);
+    temperature = in.real(kTemperature, -1.0);
+    supplyVoltage = in.real(kSupplyVoltage, -1.0);
+    txPower = in.real(kTxPower, -1.0);
+    rxPower = in.real(kRxPower, -1.0);
 }

@@ -19,10 +19,41 @@ std::string dottedText(std::uint32_t hostOrder) {
     return text;
 }
 
+constexpr char kEthName[] = "eth-name";
+constexpr char kMac[] = "mac";
+constexpr char kLinkup[] = "linkup";
+constexpr char kIfid[] = "ifid";
+constexpr char kIpv4[] = "ipv4";
+constexpr char kNetworkMask[] = "network-mask";
+constexpr char kSfp[] = "sfp";
+
+constexpr char kEthCount[] = "ethCount";
+constexpr char kCpuBandwidth[] = "cpuBandwidth";
+constexpr char kLinkBandwidth[] = "linkBandwidth";
+constexpr char kRx[] = "rx_bandwidth_bps";
+constexpr char kTx[] = "tx_bandwidth_bps";
+
+// Written and read in this order.
+const zelct::Shape<7>& interfaceShape() {
+    static const zelct::Shape<7> shape({kEthName, kMac, kLinkup, kIfid, kIpv4, kNetworkMask, kSfp});
+    return shape;
+}
+
+const zelct::Shape<1>& countShape() {
+    static const zelct::Shape<1> shape({kEthCount});
+    return shape;
+}
+
+const zelct::Shape<2>& bandwidthShape() {
+    static const zelct::Shape<2> shape({kRx, kTx});
+    return shape;
+}
+
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
-void readAddress(const Json::Value& root, const char* key, std::uint32_t& field) {
-    const std::string text = zelct::stringMember(root, key, "");
+template <std::size_t N>
+void readAddress(zelct::Reader<N>& in, const char* key, std::uint32_t& field) {
+    const std::string text = in.text(key, "");
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
         Logger::log(Logger::logError, "ERR::Error parsing IP '%s': invalid IP address",
@@ -33,14 +64,16 @@ void readAddress(const Json::Value& root, const char* key, std::uint32_t& field)
 }
 
 void writeBandwidth(Json::Value& object, const EthBandwidthInfo::Bandwidth& bandwidth) {
-    object["rx_bandwidth_bps"] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
-    object["tx_bandwidth_bps"] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
+    zelct::Writer out(object, bandwidthShape());
+    out[kRx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
+    out[kTx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
 }
 
-EthBandwidthInfo::Bandwidth readBandwidth(const Json::Value& object) {
+EthBandwidthInfo::Bandwidth readBandwidth(Json::Value& object) {
+    zelct::Reader in(object, bandwidthShape());
     EthBandwidthInfo::Bandwidth bandwidth{};
-    bandwidth.rxBandwidthBps = object.get("rx_bandwidth_bps", 0).asUInt64();
-    bandwidth.txBandwidthBps = object.get("tx_bandwidth_bps", 0).asUInt64();
+    bandwidth.rxBandwidthBps = in.uinteger64(kRx, 0);
+    bandwidth.txBandwidthBps = in.uinteger64(kTx, 0);
     return bandwidth;
 }
 
@@ -54,43 +87,44 @@ std::uint32_t clampedCount(std::uint32_t count) {
 EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {}
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
-    static const zelct::ObjectShape shape{"eth-name", "mac",          "linkup", "ifid",
-                                          "ipv4",     "network-mask", "sfp"};
-    zelct::ShapedObject out(root, shape);
-    out["eth-name"] = Json::Value(ethName);
-    out["mac"] = Json::Value(mac);
-    out["linkup"] = Json::Value(linkup);
-    out["ifid"] = Json::Value(Json::UInt{ifid});
-    out["ipv4"] = Json::Value(dottedText(ipv4));
-    out["network-mask"] = Json::Value(dottedText(networkMask));
-    sfp.Serialize(out["sfp"]);
+    zelct::Writer out(root, interfaceShape());
+    out[kEthName] = Json::Value(ethName);
+    out[kMac] = Json::Value(mac);
+    out[kLinkup] = Json::Value(linkup);
+    out[kIfid] = Json::Value(Json::UInt{ifid});
+    out[kIpv4] = Json::Value(dottedText(ipv4));
+    out[kNetworkMask] = Json::Value(dottedText(networkMask));
+    sfp.Serialize(out[kSfp]);
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
-    ethName = zelct::stringMember(root, "eth-name", "");
-    mac = zelct::stringMember(root, "mac", "");
-    linkup = root.get("linkup", false).asBool();
-    ifid = root.get("ifid", 0).asUInt();
-    readAddress(root, "ipv4", ipv4);
-    readAddress(root, "network-mask", networkMask);
-    sfp.Deserialize(root["sfp"]);
+    zelct::Reader in(root, interfaceShape());
+    ethName = in.text(kEthName, "");
+    mac = in.text(kMac, "");
+    linkup = in.flag(kLinkup, false);
+    ifid = in.uinteger(kIfid, 0);
+    readAddress(in, kIpv4, ipv4);
+    readAddress(in, kNetworkMask, networkMask);
+    sfp.Deserialize(in.member(kSfp));
 }
 
 EthBandwidthInfo::EthBandwidthInfo() : cpuBandwidth(), linkBandwidth(), ethCount(0) {}
 
 void EthBandwidthInfo::Serialize(Json::Value& root) const {
     const std::uint32_t count = clampedCount(ethCount);
-    root["ethCount"] = Json::Value(Json::UInt{count});
+    zelct::Writer out(root, countShape());
+    out[kEthCount] = Json::Value(Json::UInt{count});
     for (Json::ArrayIndex i = 0; i < count; ++i) {
-        writeBandwidth(root["cpuBandwidth"][i], cpuBandwidth[i]);
-        writeBandwidth(root["linkBandwidth"][i], linkBandwidth[i]);
+        writeBandwidth(root[kCpuBandwidth][i], cpuBandwidth[i]);
+        writeBandwidth(root[kLinkBandwidth][i], linkBandwidth[i]);
     }
 }
 
 void EthBandwidthInfo::Deserialize(Json::Value& root) {
-    ethCount = clampedCount(root.get("ethCount", 0).asUInt());
+    zelct::Reader in(root, countShape());
+    ethCount = clampedCount(in.uinteger(kEthCount, 0));
     for (Json::ArrayIndex i = 0; i < ethCount; ++i) {
-        cpuBandwidth[i] = readBandwidth(root["cpuBandwidth"][i]);
-        linkBandwidth[i] = readBandwidth(root["linkBandwidth"][i]);
+        cpuBandwidth[i] = readBandwidth(in.member(kCpuBandwidth)[i]);
+        linkBandwidth[i] = readBandwidth(in.member(kLinkBandwidth)[i]);
     }
 }

@@ -6,41 +6,52 @@ SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0
 
 namespace {
 
-// Read back in the same order, all but "remote-sid-str".
-const zelct::ObjectShape& recordShape() {
-    static const zelct::ObjectShape shape{
-        "stream",     "stream-hw-id",   "session",        "name", "stream-name",
-        "remote-sid", "remote-sid-str", "redundant-type", "type", "state"};
+constexpr char kStream[] = "stream";
+constexpr char kStreamHwId[] = "stream-hw-id";
+constexpr char kSession[] = "session";
+constexpr char kName[] = "name";
+constexpr char kStreamName[] = "stream-name";
+constexpr char kRemoteSid[] = "remote-sid";
+constexpr char kRemoteSidStr[] = "remote-sid-str";
+constexpr char kRedundantType[] = "redundant-type";
+constexpr char kType[] = "type";
+constexpr char kState[] = "state";
+
+// Read back in the same order, all but "remote-sid-str". The type and the state write their
+// own keys into the record's object, so the keys are theirs as well.
+const zelct::Shape<10>& recordShape() {
+    static const zelct::Shape<10> shape({kStream, kStreamHwId, kSession, kName, kStreamName,
+                                         kRemoteSid, kRemoteSidStr, kRedundantType, kType, kState});
     return shape;
 }
 
 }  // namespace
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, recordShape());
-    out["stream"] = Json::Value(static_cast<Json::UInt64>(stream));
-    out["stream-hw-id"] = Json::Value(static_cast<Json::UInt>(streamHwId));
-    out["session"] = Json::Value(static_cast<Json::UInt64>(session));
-    out["name"] = Json::Value(name);
-    out["stream-name"] = Json::Value(streamName);
-    out["remote-sid"] = Json::Value(static_cast<Json::UInt64>(remoteSid));
-    out["remote-sid-str"] = Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
-    out["redundant-type"] = Json::Value(redundantType);
-    out["type"] = Json::Value(type.getName());
-    out["state"] = Json::Value(state.getName());
+    zelct::Writer out(root, recordShape());
+    out[kStream] = Json::Value(static_cast<Json::UInt64>(stream));
+    out[kStreamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
+    out[kSession] = Json::Value(static_cast<Json::UInt64>(session));
+    out[kName] = Json::Value(name);
+    out[kStreamName] = Json::Value(streamName);
+    out[kRemoteSid] = Json::Value(static_cast<Json::UInt64>(remoteSid));
+    out[kRemoteSidStr] = Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
+    out[kRedundantType] = Json::Value(redundantType);
+    out[kType] = Json::Value(type.getName());
+    out[kState] = Json::Value(state.getName());
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    zelct::ShapedReader in(root, recordShape());
-    stream = zelct::uint64Member(in, "stream", 0);
-    streamHwId = static_cast<uint32_t>(zelct::uint64Member(in, "stream-hw-id", 0));
-    session = zelct::uint64Member(in, "session", 0);
-    name = zelct::stringMember(in, "name", "");
-    streamName = zelct::stringMember(in, "stream-name", "");
-    remoteSid = zelct::uint64Member(in, "remote-sid", 0);
-    redundantType = zelct::stringMember(in, "redundant-type", "none");
-    type.setName(zelct::stringMember(in, "type", ""));
-    state.setName(zelct::stringMember(in, "state", ""));
+    zelct::Reader in(root, recordShape());
+    stream = in.uinteger64(kStream, 0);
+    streamHwId = static_cast<uint32_t>(in.uinteger64(kStreamHwId, 0));
+    session = in.uinteger64(kSession, 0);
+    name = in.text(kName, "");
+    streamName = in.text(kStreamName, "");
+    remoteSid = in.uinteger64(kRemoteSid, 0);
+    redundantType = in.text(kRedundantType, "none");
+    type.setName(in.text(kType, ""));
+    state.setName(in.text(kState, ""));
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {

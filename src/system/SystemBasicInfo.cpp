@@ -7,45 +7,59 @@ namespace {
 // Only this board carries a main-board record in its document; compared exactly.
 const char* const kMainBoardProduct = "TARVIK";
 
-// A member record written into an object of its own.
-template <typename Record>
-Json::Value objectOf(const Record& record) {
-    Json::Value object(Json::objectValue);
-    record.Serialize(object);
-    return object;
+constexpr char kFwVersion[] = "fw-version";
+constexpr char kFwDate[] = "fw-date";
+constexpr char kProduct[] = "product";
+constexpr char kBitstream[] = "bitstream";
+constexpr char kChipidName[] = "chipid-name";
+constexpr char kChipidVersion[] = "chipid-version";
+constexpr char kSerialNumber[] = "serial-number";
+constexpr char kMadiLock[] = "madi-lock";
+constexpr char kEth[] = "eth";
+constexpr char kRtsp[] = "rtsp";
+constexpr char kAdvertisement[] = "advertisement";
+constexpr char kTemperature[] = "temperature";
+constexpr char kFanSpeed[] = "fan-speed";
+constexpr char kCpuLoadavg[] = "cpu-loadavg";
+constexpr char kProductInfo[] = "product-info";
+constexpr char kErrors[] = "errors";
+constexpr char kDeviceCapabilities[] = "deviceCapabilities";
+
+// The keys always written. "eth", "errors" and "product-info" are written only at times;
+// "deviceCapabilities" is written by the capabilities themselves into the shaped object.
+const zelct::Shape<14>& boardShape() {
+    static const zelct::Shape<14> shape({kFwVersion, kFwDate, kProduct, kBitstream, kChipidName,
+                                         kChipidVersion, kSerialNumber, kMadiLock, kRtsp,
+                                         kAdvertisement, kTemperature, kFanSpeed, kCpuLoadavg,
+                                         kDeviceCapabilities});
+    return shape;
 }
 
 }  // namespace
 
 SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 
+// The member records are set whole; the lists are written element by element.
 void SystemBasicInfo::Serialize(Json::Value& root) const {
-    // "eth", "errors" and "product-info" are written only at times, so they are not part of
-    // the shape; "deviceCapabilities" is written by the capabilities themselves.
-    static const zelct::ObjectShape shape{"fw-version",    "fw-date",           "product",
-                                          "bitstream",     "chipid-name",       "chipid-version",
-                                          "serial-number", "madi-lock",         "rtsp",
-                                          "advertisement", "temperature",       "fan-speed",
-                                          "cpu-loadavg",   "deviceCapabilities"};
-    zelct::ShapedObject out(root, shape);
-    out["fw-version"] = Json::Value(fwVersion);
-    out["fw-date"] = Json::Value(fwDate);
-    out["product"] = Json::Value(product);
-    out["bitstream"] = Json::Value(bitstream);
-    out["chipid-name"] = Json::Value(chipidName);
-    out["chipid-version"] = Json::Value(chipidVersion);
-    out["serial-number"] = Json::Value(serialNumber);
-    out["madi-lock"] = Json::Value(madiLock);
-    zelct::writeListMember(eth, root, "eth");
-    out["rtsp"] = objectOf(rtsp);
-    out["advertisement"] = objectOf(advertisement);
-    out["temperature"] = objectOf(temperature);
-    out["fan-speed"] = objectOf(fanSpeed);
-    out["cpu-loadavg"] = objectOf(cpuLoadavg);
+    zelct::Writer out(root, boardShape());
+    out[kFwVersion] = Json::Value(fwVersion);
+    out[kFwDate] = Json::Value(fwDate);
+    out[kProduct] = Json::Value(product);
+    out[kBitstream] = Json::Value(bitstream);
+    out[kChipidName] = Json::Value(chipidName);
+    out[kChipidVersion] = Json::Value(chipidVersion);
+    out[kSerialNumber] = Json::Value(serialNumber);
+    out[kMadiLock] = Json::Value(madiLock);
+    zelct::writeListMember(eth, root, kEth);
+    out[kRtsp] = zelct::written(rtsp);
+    out[kAdvertisement] = zelct::written(advertisement);
+    out[kTemperature] = zelct::written(temperature);
+    out[kFanSpeed] = zelct::written(fanSpeed);
+    out[kCpuLoadavg] = zelct::written(cpuLoadavg);
     if (product == kMainBoardProduct) {
-        root["product-info"] = objectOf(productInfo);
+        root[kProductInfo] = zelct::written(productInfo);
     }
-    zelct::writeListMember(errors, root, "errors");
+    zelct::writeListMember(errors, root, kErrors);
     deviceCapabilities.Serialize(root);
 }
 
@@ -53,21 +67,22 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // "NA", and "product-info" is read whatever the product, so a board other than "TARVIK"
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
-    fwVersion = zelct::stringMember(root, "fw-version", "");
-    fwDate = zelct::stringMember(root, "fw-date", "");
-    product = zelct::stringMember(root, "product", "");
-    bitstream = zelct::stringMember(root, "bitstream", "");
-    rtsp.Deserialize(root["rtsp"]);
-    advertisement.Deserialize(root["advertisement"]);
-    chipidName = zelct::stringMember(root, "chipid-name", "");
-    chipidVersion = zelct::stringMember(root, "chipid-version", "");
-    serialNumber = zelct::stringMember(root, "serial-number", "NA");
-    madiLock = root.get("madi-lock", false).asBool();
-    zelct::replaceList(root["eth"], eth);
-    temperature.Deserialize(root["temperature"]);
-    fanSpeed.Deserialize(root["fan-speed"]);
-    productInfo.Deserialize(root["product-info"]);
-    cpuLoadavg.Deserialize(root["cpu-loadavg"]);
-    zelct::replaceList(root["errors"], errors);
+    zelct::Reader in(root, boardShape());
+    fwVersion = in.text(kFwVersion, "");
+    fwDate = in.text(kFwDate, "");
+    product = in.text(kProduct, "");
+    bitstream = in.text(kBitstream, "");
+    rtsp.Deserialize(in.member(kRtsp));
+    advertisement.Deserialize(in.member(kAdvertisement));
+    chipidName = in.text(kChipidName, "");
+    chipidVersion = in.text(kChipidVersion, "");
+    serialNumber = in.text(kSerialNumber, "NA");
+    madiLock = in.flag(kMadiLock, false);
+    zelct::replaceList(in.member(kEth), eth);
+    temperature.Deserialize(in.member(kTemperature));
+    fanSpeed.Deserialize(in.member(kFanSpeed));
+    productInfo.Deserialize(in.member(kProductInfo));
+    cpuLoadavg.Deserialize(in.member(kCpuLoadavg));
+    zelct::replaceList(in.member(kErrors), errors);
     deviceCapabilities.Deserialize(root);
 }
