@@ -119,18 +119,26 @@ const char* AlarmSeverity::nameOf(int value) {
 
 namespace {
 
-constexpr char kSeverity[] = "severity";
-constexpr char kDescription[] = "description";
-constexpr char kType[] = "type";
+struct SeverityKey {
+    enum : std::size_t { severity, count };
+};
 
-const zelct::Shape<1>& severityShape() {
-    static const zelct::Shape<1> shape({kSeverity});
+const zelct::Shape<SeverityKey::count>& severityShape() {
+    static const zelct::Shape<SeverityKey::count> shape({"severity"});
     return shape;
 }
 
-// Written in this order; the severity writes its own key into the alarm's object.
-const zelct::Shape<3>& alarmShape() {
-    static const zelct::Shape<3> shape({kSeverity, kDescription, kType});
+// Written in this order, after the severity, which writes its own key into the alarm's object.
+struct AlarmKey {
+    enum : std::size_t { description, type, count };
+};
+
+const zelct::Shape<AlarmKey::count>& alarmShape() {
+    static const zelct::Shape<AlarmKey::count> shape = [] {
+        zelct::Shape<AlarmKey::count> alarm({"description", "type"});
+        alarm.merge(zelct::written(AlarmSeverity()));
+        return alarm;
+    }();
     return shape;
 }
 
@@ -138,13 +146,13 @@ const zelct::Shape<3>& alarmShape() {
 
 void AlarmSeverity::Serialize(Json::Value& root) const {
     zelct::Writer out(root, severityShape());
-    out[kSeverity] = Json::Value(nameOf(severity));
+    out[SeverityKey::severity] = Json::Value(nameOf(severity));
 }
 
 // "ok" and every unknown text fall through to ok.
 void AlarmSeverity::Deserialize(Json::Value& root) {
     zelct::Reader in(root, severityShape());
-    const std::string text = in.text(kSeverity, "");
+    const std::string text = in.text(SeverityKey::severity, "");
     severity = SEVERITY_OK;
     for (const SeverityRow& row : kSeverities) {
         if (text == row.text) {
@@ -208,13 +216,13 @@ const char* Alarm::typeName(AlarmType value) {
 void Alarm::Serialize(Json::Value& root) const {
     zelct::Writer out(root, alarmShape());
     severity.Serialize(root);
-    out[kDescription] = Json::Value(description);
-    out[kType] = Json::Value(static_cast<int>(type));
+    out[AlarmKey::description] = Json::Value(description);
+    out[AlarmKey::type] = Json::Value(static_cast<int>(type));
 }
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
     zelct::Reader in(root, alarmShape());
-    description = in.text(kDescription, "");
-    type = static_cast<AlarmType>(in.integer(kType, 0));
+    description = in.text(AlarmKey::description, "");
+    type = static_cast<AlarmType>(in.integer(AlarmKey::type, 0));
 }

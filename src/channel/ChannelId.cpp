@@ -29,13 +29,13 @@ ChannelId::ChannelId(Json::Value& root) : id(0), position(0) {
 
 namespace {
 
-constexpr char kId[] = "id";
-constexpr char kType[] = "type";
-constexpr char kPosition[] = "position";
-
 // Written and read in this order.
-const zelct::Shape<3>& channelShape() {
-    static const zelct::Shape<3> shape({kId, kType, kPosition});
+struct Key {
+    enum : std::size_t { id, type, position, count };
+};
+
+const zelct::Shape<Key::count>& channelShape() {
+    static const zelct::Shape<Key::count> shape({"id", "type", "position"});
     return shape;
 }
 
@@ -43,9 +43,9 @@ const zelct::Shape<3>& channelShape() {
 
 void ChannelId::Serialize(Json::Value& root) const {
     zelct::Writer out(root, channelShape());
-    out[kId] = Json::Value(id);
-    out[kType] = Json::Value(type.getName());
-    out[kPosition] = Json::Value(static_cast<int>(position));
+    out[Key::id] = Json::Value(id);
+    out[Key::type] = Json::Value(type.getName());
+    out[Key::position] = Json::Value(static_cast<int>(position));
 }
 
 void ChannelId::Deserialize(Json::Value& root) {
@@ -56,7 +56,7 @@ void ChannelId::Deserialize(Json::Value& root) {
         return;
     }
     zelct::Reader in(root, channelShape());
-    id = in.integer(kId, -1);
-    type.setNameAndResolve(in.text(kType, "auto"));
-    position = static_cast<unsigned char>(in.uinteger(kPosition, kNoPosition));
+    id = in.integer(Key::id, -1);
+    type.setNameAndResolve(in.text(Key::type, "auto"));
+    position = static_cast<unsigned char>(in.uinteger(Key::position, kNoPosition));
 }

@@ -4,13 +4,13 @@
 
 namespace {
 
-constexpr char kChannelId[] = "channel-id";
-constexpr char kErrorDetected[] = "error-detected";
-constexpr char kErrorCnt[] = "error-cnt";
-
 // Written and read in this order.
-const zelct::Shape<3>& statsShape() {
-    static const zelct::Shape<3> shape({kChannelId, kErrorDetected, kErrorCnt});
+struct Key {
+    enum : std::size_t { channelId, errorDetected, errorCnt, count };
+};
+
+const zelct::Shape<Key::count>& statsShape() {
+    static const zelct::Shape<Key::count> shape({"channel-id", "error-detected", "error-cnt"});
     return shape;
 }
 
@@ -18,14 +18,14 @@ const zelct::Shape<3>& statsShape() {
 
 void ChannelTPCStats::Serialize(Json::Value& root) {
     zelct::Writer out(root, statsShape());
-    out[kChannelId] = Json::Value(static_cast<int>(channelId));
-    out[kErrorDetected] = Json::Value(errorDetected);
-    out[kErrorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
+    out[Key::channelId] = Json::Value(static_cast<int>(channelId));
+    out[Key::errorDetected] = Json::Value(errorDetected);
+    out[Key::errorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
 }
 
 void ChannelTPCStats::Deserialize(Json::Value& root) {
     zelct::Reader in(root, statsShape());
-    channelId = in.uinteger(kChannelId, 0);
-    errorDetected = in.flag(kErrorDetected, false);
-    errorCount = in.uinteger64(kErrorCnt, 0);
+    channelId = in.uinteger(Key::channelId, 0);
+    errorDetected = in.flag(Key::errorDetected, false);
+    errorCount = in.uinteger64(Key::errorCnt, 0);
 }

@@ -6,24 +6,29 @@ ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 namespace {
 
-constexpr char kId[] = "id";
-constexpr char kNameInput[] = "name-input";
-constexpr char kName[] = "name";
-constexpr char kNameOutput[] = "name-output";
-constexpr char kBlocked[] = "blocked";
-constexpr char kInput[] = "input";
-constexpr char kOutput[] = "output";
-constexpr char kMediaType[] = "media-type";
-constexpr char kCapabilities[] = "capabilities";
-
 // Written and read in this order ("name" is never read). The media type and the capability
 // write into objects already holding the keys they write.
-const zelct::Shape<9>& entryShape() {
-    static const zelct::Shape<9> shape = [] {
-        zelct::Shape<9> entry({kId, kNameInput, kName, kNameOutput, kBlocked, kInput, kOutput,
-                               kMediaType, kCapabilities});
-        entry.nest(kMediaType, zelct::written(DaifMediaType()));
-        entry.nest(kCapabilities, zelct::written(DaifCapabilities()));
+struct Key {
+    enum : std::size_t {
+        id,
+        nameInput,
+        name,
+        nameOutput,
+        blocked,
+        input,
+        output,
+        mediaType,
+        capabilities,
+        count
+    };
+};
+
+const zelct::Shape<Key::count>& entryShape() {
+    static const zelct::Shape<Key::count> shape = [] {
+        zelct::Shape<Key::count> entry({"id", "name-input", "name", "name-output", "blocked",
+                                        "input", "output", "media-type", "capabilities"});
+        entry.nest(Key::mediaType, zelct::written(DaifMediaType()));
+        entry.nest(Key::capabilities, zelct::written(DaifCapabilities()));
         return entry;
     }();
     return shape;
@@ -33,27 +38,27 @@ const zelct::Shape<9>& entryShape() {
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
     zelct::Writer out(root, entryShape());
-    out[kId] = Json::Value(id);
-    out[kNameInput] = Json::Value(nameInput.c_str());
-    out[kName] = Json::Value(nameOutput.c_str());
-    out[kNameOutput] = Json::Value(nameOutput.c_str());
-    out[kBlocked] = Json::Value(blocked);
-    input.Serialize(out[kInput]);
-    output.Serialize(out[kOutput]);
-    mediaType.Serialize(out[kMediaType]);
-    capabilities.Serialize(out[kCapabilities]);
+    out[Key::id] = Json::Value(id);
+    out[Key::nameInput] = Json::Value(nameInput.c_str());
+    out[Key::name] = Json::Value(nameOutput.c_str());
+    out[Key::nameOutput] = Json::Value(nameOutput.c_str());
+    out[Key::blocked] = Json::Value(blocked);
+    input.Serialize(out[Key::input]);
+    output.Serialize(out[Key::output]);
+    mediaType.Serialize(out[Key::mediaType]);
+    capabilities.Serialize(out[Key::capabilities]);
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
     zelct::Reader in(root, entryShape());
-    id = in.integer(kId, -1);
-    nameInput = in.text(kNameInput, "");
-    nameOutput = in.text(kNameOutput, "");
-    blocked = in.flag(kBlocked, false);
-    input.Deserialize(in.member(kInput));
-    output.Deserialize(in.member(kOutput));
-    mediaType.Deserialize(in.member(kMediaType));
-    capabilities.Deserialize(in.member(kCapabilities));
+    id = in.integer(Key::id, -1);
+    nameInput = in.text(Key::nameInput, "");
+    nameOutput = in.text(Key::nameOutput, "");
+    blocked = in.flag(Key::blocked, false);
+    input.Deserialize(in.member(Key::input));
+    output.Deserialize(in.member(Key::output));
+    mediaType.Deserialize(in.member(Key::mediaType));
+    capabilities.Deserialize(in.member(Key::capabilities));
 }
 
 namespace {

@@ -1,18 +1,22 @@
 #pragma once
 
-// The one way every record reads and writes its members. A record names each key once, as a
-// constant; its Shape lists the keys it always writes, in the order it writes them; a Writer
-// and a Reader take its members through that shape. Values, results and exceptions are
-// exactly those of the plain member access, Value::get and the conversions: the shape only
-// saves allocations and searches, and every step that could not use it falls back to them.
+// The one way every record reads and writes its members. A record lists its keys once, in a
+// Shape, in the order it writes them, and names them by their place in that list (an enum
+// beside the list); a Writer and a Reader take its members by those names. Values, results
+// and exceptions are exactly those of the plain member access, Value::get and the
+// conversions: the shape only saves allocations and searches, and every step that cannot use
+// it falls back to them.
 
 #include <json/json.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zelct {
 
@@ -20,142 +24,147 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
 }
 
-// A record's keys with null values, built once. Copying it allocates each key once, where
-// the member access allocates a missing key twice and searches the object on every write.
-// The size is the number of keys given, so a shape can never drop one. Only ever read after
-// it is built, so any number of threads may copy it at once.
+// A record's keys, and the object a fresh target starts from: the keys it always writes,
+// each holding null (and what its member records write into it), built once. Copying it
+// allocates each key once, where the member access allocates a missing key twice and searches
+// the object on every write. A list of another number of keys than the record names does not
+// compile. Only ever read after it is built, so any number of threads may copy it at once.
 template <std::size_t N>
 class Shape {
 public:
-    explicit Shape(const char* const (&keys)[N]) : value_(Json::objectValue) {
+    // sometimes: the keys written only at times, left out of the starting object.
+    template <std::size_t M>
+    explicit Shape(const char* const (&keys)[M], std::initializer_list<std::size_t> sometimes = {})
+        : start_(Json::objectValue), all_(Json::objectValue) {
+        static_assert(M == N, "a shape lists exactly one key for each name of the record");
         for (std::size_t i = 0; i < N; ++i) {
             keys_[i] = keys[i];
             lengths_[i] = std::strlen(keys[i]);
-            value_[keys[i]] = Json::Value();
+            all_[keys[i]] = Json::Value();
         }
-        computeOrder();
+        for (std::size_t i = 0; i < N; ++i) {
+            if (std::find(sometimes.begin(), sometimes.end(), i) == sometimes.end()) {
+                start_[keys[i]] = Json::Value();
+            }
+        }
+        walkOrder_ = orderOf(all_);
+        learnStart();
     }
 
-    // A key holding an object that a member record writes into: inner is what the record
-    // writes, so the shape takes the record's keys from the record itself.
-    Shape& nest(const char* key, Json::Value inner) {
-        if (value_.isMember(key)) {
-            value_[key] = std::move(inner);
-            computeOrder();
+    // The key holds an object a member record writes into: inner is what it writes.
+    Shape& nest(std::size_t key, Json::Value inner) {
+        if (start_.isMember(keys_[key])) {
+            start_[keys_[key]] = std::move(inner);
+            learnStart();
         }
         return *this;
     }
 
-    static constexpr std::size_t size() { return N; }
+    // A member record writes its own keys into the record's object: they join the start.
+    Shape& merge(const Json::Value& written) {
+        for (auto it = written.begin(); it != written.end(); ++it) {
+            start_[it.name()] = *it;
+        }
+        learnStart();
+        return *this;
+    }
+
     const char* key(std::size_t i) const { return keys_[i]; }
     std::size_t length(std::size_t i) const { return lengths_[i]; }
-    // The index of the key that comes j-th when jsoncpp walks the shape's members.
-    std::size_t inOrder(std::size_t j) const { return inOrder_[j]; }
-    bool ordered() const { return ordered_; }
-    const Json::Value& value() const { return value_; }
-
-    // The index of key among the shape's, searched from start onwards and then from the
-    // beginning, as records take their members mostly in the shape's order; N if it is not one.
-    std::size_t indexOf(const char* key, std::size_t start) const {
-        for (std::size_t k = 0; k < N; ++k) {
-            const std::size_t i = (start + k) % N;
-            if (std::strcmp(keys_[i], key) == 0) {
-                return i;
-            }
-        }
-        return N;
-    }
+    // The index of the key that comes j-th when jsoncpp walks all the keys.
+    std::size_t walkOrder(std::size_t j) const { return walkOrder_[j]; }
+    bool walkable() const { return walkOrder_.size() == N; }
+    // For the j-th member of the starting object, the index of its key; N for a key that a
+    // member record writes.
+    const std::vector<std::size_t>& startOrder() const { return startOrder_; }
+    const Json::Value& start() const { return start_; }
 
 private:
-    // Learnt from jsoncpp's own walk of the shape rather than assumed; a shape whose walk does
-    // not meet every key exactly once is never used to place members.
-    void computeOrder() {
-        std::size_t listed = 0;
-        for (auto it = value_.begin(); it != value_.end(); ++it) {
-            for (std::size_t i = 0; i < N && listed < N; ++i) {
-                if (it.name() == keys_[i]) {
-                    inOrder_[listed++] = i;
-                }
+    // Learnt from jsoncpp's own walk rather than assumed.
+    std::vector<std::size_t> orderOf(const Json::Value& object) const {
+        std::vector<std::size_t> order;
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            std::size_t i = 0;
+            while (i < N && it.name() != keys_[i]) {
+                ++i;
             }
+            order.push_back(i);
         }
-        ordered_ = listed == N && value_.size() == N;
+        return order;
     }
 
-    Json::Value value_;
+    void learnStart() { startOrder_ = orderOf(start_); }
+
+    Json::Value start_;
+    Json::Value all_;
     std::array<const char*, N> keys_{};
     std::array<std::size_t, N> lengths_{};
-    std::array<std::size_t, N> inOrder_{};
-    bool ordered_ = false;
+    std::vector<std::size_t> walkOrder_;
+    std::vector<std::size_t> startOrder_;
 };
 
-// The shape of a table of members, each row naming its key, in the table's order.
-template <typename Row, std::size_t N>
-Shape<N> shapeOfRows(const Row (&rows)[N]) {
-    const char* keys[N] = {};
+// The shape of a table of members, each row naming its key, in the table's order, then the
+// keys the record writes after the table's.
+template <typename Row, std::size_t N, typename... Last>
+Shape<N + sizeof...(Last)> shapeOfRows(const Row (&rows)[N], Last... last) {
+    const char* keys[N + sizeof...(Last)] = {};
     for (std::size_t i = 0; i < N; ++i) {
         keys[i] = rows[i].key;
     }
-    return Shape<N>(keys);
+    const char* const after[] = {last..., nullptr};
+    for (std::size_t i = 0; i < sizeof...(Last); ++i) {
+        keys[N + i] = after[i];
+    }
+    return Shape<N + sizeof...(Last)>(keys);
 }
 
 // Writes one record's members into root. A null root or an empty object becomes a copy of the
-// shape and the writes go straight to its members; any other root, or a key the shape lacks,
-// goes through the member access, so members root already holds stay as they are. Either way
-// root ends as the member access alone would leave it. The members of a std::map never move,
-// so the pointers to them stay good while other members are added.
+// shape's starting object and the writes go straight to its members; any other root goes
+// through the member access, so members root already holds stay as they are. Either way root
+// ends as the member access alone would leave it. The members of a std::map never move, so
+// the pointers to them stay good while other members are added.
 template <std::size_t N>
 class Writer {
 public:
     Writer(Json::Value& root, const Shape<N>& shape) : root_(root), shape_(shape) {
-        if (!shape.ordered()) {
-            return;
-        }
         if (root.isNull()) {
             // As the member access turns a null value into an object: the whole value goes.
-            root = shape.value();
+            root = shape.start();
         } else if (root.isObject() && root.empty()) {
             // An empty object keeps what it carries besides its members (its comments), as it
             // would when the member access added them.
-            Json::Value copy(shape.value());
+            Json::Value copy(shape.start());
             root.swapPayload(copy);
         } else {
             return;
         }
-        // The copy is walked as the shape was; each slot is checked against its key all the
-        // same, and a mismatch leaves every write to the member access.
+        // The copy is walked as the shape's start was; a member whose name is not the one
+        // learnt leaves its key to the member access.
         std::size_t j = 0;
-        for (auto it = root.begin(); it != root.end(); ++it, ++j) {
-            const std::size_t i = shape.inOrder(j);
-            const char* end = nullptr;
-            const char* name = it.memberName(&end);
-            if (static_cast<std::size_t>(end - name) != shape.length(i) ||
-                std::memcmp(name, shape.key(i), shape.length(i)) != 0) {
-                return;
+        for (auto it = root.begin(); it != root.end() && j < shape.startOrder().size(); ++it) {
+            const std::size_t i = shape.startOrder()[j++];
+            if (i < N && named(it, i)) {
+                slots_[i] = &*it;
             }
-            slots_[i] = &*it;
         }
-        shaped_ = true;
     }
 
-    // Any key may be written; a member set some other way in between (a member record
-    // writing its own keys into root) is simply passed over.
-    Json::Value& operator[](const char* key) {
-        if (shaped_) {
-            const std::size_t i = shape_.indexOf(key, next_);
-            if (i < N) {
-                next_ = i + 1;
-                return *slots_[i];
-            }
-        }
-        return root_[key];
+    Json::Value& operator[](std::size_t key) {
+        Json::Value* slot = slots_[key];
+        return slot != nullptr ? *slot : root_[shape_.key(key)];
     }
 
 private:
+    bool named(const Json::Value::iterator& it, std::size_t i) const {
+        const char* end = nullptr;
+        const char* name = it.memberName(&end);
+        return static_cast<std::size_t>(end - name) == shape_.length(i) &&
+               std::memcmp(name, shape_.key(i), shape_.length(i)) == 0;
+    }
+
     Json::Value& root_;
     const Shape<N>& shape_;
     std::array<Json::Value*, N> slots_{};
-    std::size_t next_ = 0;
-    bool shaped_ = false;
 };
 
 // Finds one record's members in root. An object is walked once beside the shape's keys, both
@@ -163,13 +172,13 @@ private:
 // of their own. The walk only ever finds members; whenever it has found nothing for a key,
 // the key is looked up as the plain reads do: by Value::find as get does (null has no members,
 // anything else but an object raises Json::LogicError), or by the member access, which adds a
-// missing member as null. So a jsoncpp that ordered members otherwise would cost searches, never
-// a member.
+// missing member as null. So a jsoncpp that ordered members otherwise would cost searches,
+// never a member.
 template <std::size_t N>
 class Reader {
 public:
     Reader(Json::Value& root, const Shape<N>& shape) : root_(root), shape_(shape) {
-        if (!root.isObject() || !shape.ordered()) {
+        if (!root.isObject() || !shape.walkable()) {
             return;
         }
         std::size_t j = 0;
@@ -179,65 +188,52 @@ public:
             const char* name = it.memberName(&end);
             const auto length = static_cast<std::size_t>(end - name);
             int order = -1;
-            while (j < N && (order = compare(shape.inOrder(j), name, length)) < 0) {
+            while (j < N && (order = compare(shape.walkOrder(j), name, length)) < 0) {
                 ++j;
             }
             if (order == 0) {
-                found_[shape.inOrder(j)] = &*it;
-                ++j;
+                found_[shape.walkOrder(j++)] = &*it;
             }
         }
     }
 
     // As root.find(key).
-    const Json::Value* find(const char* key) {
-        Json::Value* found = walked(key);
-        return found != nullptr ? found : findMember(root_, key);
+    const Json::Value* find(std::size_t key) {
+        Json::Value* found = found_[key];
+        return found != nullptr ? found : findMember(root_, shape_.key(key));
     }
 
     // As root[key], the member access that adds a missing member as null.
-    Json::Value& member(const char* key) {
-        Json::Value* found = walked(key);
-        return found != nullptr ? *found : root_[key];
+    Json::Value& member(std::size_t key) {
+        Json::Value* found = found_[key];
+        return found != nullptr ? *found : root_[shape_.key(key)];
     }
 
-    bool has(const char* key) { return find(key) != nullptr; }
+    bool has(std::size_t key) { return find(key) != nullptr; }
 
     // root.get(key, fallback).asString(), and the same for the other conversions: the
     // fallback is what get's default value converts to.
-    std::string text(const char* key, const char* fallback) {
+    std::string text(std::size_t key, const char* fallback) {
         const Json::Value* found = find(key);
         return found != nullptr ? found->asString() : std::string(fallback);
     }
-    int integer(const char* key, int fallback) {
-        const Json::Value* found = find(key);
-        return found != nullptr ? found->asInt() : fallback;
+    int integer(std::size_t key, int fallback) { return read(key, fallback, &Json::Value::asInt); }
+    unsigned uinteger(std::size_t key, unsigned fallback) {
+        return read(key, fallback, &Json::Value::asUInt);
     }
-    unsigned uinteger(const char* key, unsigned fallback) {
-        const Json::Value* found = find(key);
-        return found != nullptr ? found->asUInt() : fallback;
+    Json::UInt64 uinteger64(std::size_t key, Json::UInt64 fallback) {
+        return read(key, fallback, &Json::Value::asUInt64);
     }
-    Json::UInt64 uinteger64(const char* key, Json::UInt64 fallback) {
-        const Json::Value* found = find(key);
-        return found != nullptr ? found->asUInt64() : fallback;
-    }
-    bool flag(const char* key, bool fallback) {
-        const Json::Value* found = find(key);
-        return found != nullptr ? found->asBool() : fallback;
-    }
-    double real(const char* key, double fallback) {
-        const Json::Value* found = find(key);
-        return found != nullptr ? found->asDouble() : fallback;
+    bool flag(std::size_t key, bool fallback) { return read(key, fallback, &Json::Value::asBool); }
+    double real(std::size_t key, double fallback) {
+        return read(key, fallback, &Json::Value::asDouble);
     }
 
 private:
-    Json::Value* walked(const char* key) {
-        const std::size_t i = shape_.indexOf(key, next_);
-        if (i == N) {
-            return nullptr;
-        }
-        next_ = i + 1;
-        return found_[i];
+    template <typename T>
+    T read(std::size_t key, T fallback, T (Json::Value::*convert)() const) {
+        const Json::Value* found = find(key);
+        return found != nullptr ? (found->*convert)() : fallback;
     }
 
     // Orders the shape's key i against a member name as jsoncpp orders keys: by their bytes
@@ -254,7 +250,6 @@ private:
     Json::Value& root_;
     const Shape<N>& shape_;
     std::array<Json::Value*, N> found_{};
-    std::size_t next_ = 0;
 };
 
 // What a record writes into an object of its own: a nested member, or a child's keys for a
@@ -279,11 +274,12 @@ void writeElements(const List& list, Json::Value& array) {
     }
 }
 
-// An empty list writes no member: readers take a missing list as an empty one.
-template <typename List>
-void writeListMember(const List& list, Json::Value& root, const char* key) {
+// An empty list writes no member: readers take a missing list as an empty one. object is a
+// Json::Value or a Writer, key its kind of key.
+template <typename List, typename Object, typename Key>
+void writeListMember(const List& list, Object& object, Key key) {
     if (!list.empty()) {
-        writeElements(list, root[key]);
+        writeElements(list, object[key]);
     }
 }
 

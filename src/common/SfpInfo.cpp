@@ -12,23 +12,28 @@ SfpInfo::SfpInfo()
 
 namespace {
 
-constexpr char kPresent[] = "present";
-constexpr char kVendorName[] = "vendor-name";
-constexpr char kPartNumber[] = "part-number";
-constexpr char kSerialNumber[] = "serial-number";
-constexpr char kRevision[] = "revision";
-constexpr char kConnector[] = "connector";
-constexpr char kWavelength[] = "wavelength";
-constexpr char kTemperature[] = "temperature";
-constexpr char kSupplyVoltage[] = "supply-voltage";
-constexpr char kTxPower[] = "tx-power";
-constexpr char kRxPower[] = "rx-power";
-
 // Written and read in this order.
-const zelct::Shape<11>& moduleShape() {
-    static const zelct::Shape<11> shape({kPresent, kVendorName, kPartNumber, kSerialNumber,
-                                         kRevision, kConnector, kWavelength, kTemperature,
-                                         kSupplyVoltage, kTxPower, kRxPower});
+struct Key {
+    enum : std::size_t {
+        present,
+        vendorName,
+        partNumber,
+        serialNumber,
+        revision,
+        connector,
+        wavelength,
+        temperature,
+        supplyVoltage,
+        txPower,
+        rxPower,
+        count
+    };
+};
+
+const zelct::Shape<Key::count>& moduleShape() {
+    static const zelct::Shape<Key::count> shape(
+        {"present", "vendor-name", "part-number", "serial-number", "revision", "connector",
+         "wavelength", "temperature", "supply-voltage", "tx-power", "rx-power"});
     return shape;
 }
 
@@ -36,30 +41,30 @@ const zelct::Shape<11>& moduleShape() {
 
 void SfpInfo::Serialize(Json::Value& root) const {
     zelct::Writer out(root, moduleShape());
-    out[kPresent] = Json::Value(present);
-    out[kVendorName] = Json::Value(vendorName);
-    out[kPartNumber] = Json::Value(partNumber);
-    out[kSerialNumber] = Json::Value(serialNumber);
-    out[kRevision] = Json::Value(revision);
-    out[kConnector] = Json::Value(connector);
-    out[kWavelength] = Json::Value(wavelength);
-    out[kTemperature] = Json::Value(temperature);
-    out[kSupplyVoltage] = Json::Value(supplyVoltage);
-    out[kTxPower] = Json::Value(txPower);
-    out[kRxPower] = Json::Value(rxPower);
+    out[Key::present] = Json::Value(present);
+    out[Key::vendorName] = Json::Value(vendorName);
+    out[Key::partNumber] = Json::Value(partNumber);
+    out[Key::serialNumber] = Json::Value(serialNumber);
+    out[Key::revision] = Json::Value(revision);
+    out[Key::connector] = Json::Value(connector);
+    out[Key::wavelength] = Json::Value(wavelength);
+    out[Key::temperature] = Json::Value(temperature);
+    out[Key::supplyVoltage] = Json::Value(supplyVoltage);
+    out[Key::txPower] = Json::Value(txPower);
+    out[Key::rxPower] = Json::Value(rxPower);
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {
     zelct::Reader in(root, moduleShape());
-    present = in.flag(kPresent, false);
-    vendorName = in.text(kVendorName, "");
-    partNumber = in.text(kPartNumber, "");
-    serialNumber = in.text(kSerialNumber, "");
-    revision = in.text(kRevision, "");
-    connector = in.text(kConnector, "");
-    wavelength = in.integer(kWavelength, -1);
-    temperature = in.real(kTemperature, -1.0);
-    supplyVoltage = in.real(kSupplyVoltage, -1.0);
-    txPower = in.real(kTxPower, -1.0);
-    rxPower = in.real(kRxPower, -1.0);
+    present = in.flag(Key::present, false);
+    vendorName = in.text(Key::vendorName, "");
+    partNumber = in.text(Key::partNumber, "");
+    serialNumber = in.text(Key::serialNumber, "");
+    revision = in.text(Key::revision, "");
+    connector = in.text(Key::connector, "");
+    wavelength = in.integer(Key::wavelength, -1);
+    temperature = in.real(Key::temperature, -1.0);
+    supplyVoltage = in.real(Key::supplyVoltage, -1.0);
+    txPower = in.real(Key::txPower, -1.0);
+    rxPower = in.real(Key::rxPower, -1.0);
 }

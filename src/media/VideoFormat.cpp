@@ -346,10 +346,11 @@ int VideoFormat::getExactFramerateString(std::string& out) const {
 
 namespace {
 
-constexpr char kFormat[] = "format";
+// The record's only key.
+constexpr std::size_t kFormat = 0;
 
 const zelct::Shape<1>& formatShape() {
-    static const zelct::Shape<1> shape({kFormat});
+    static const zelct::Shape<1> shape({"format"});
     return shape;
 }
 

@@ -19,40 +19,42 @@ std::string dottedText(std::uint32_t hostOrder) {
     return text;
 }
 
-constexpr char kEthName[] = "eth-name";
-constexpr char kMac[] = "mac";
-constexpr char kLinkup[] = "linkup";
-constexpr char kIfid[] = "ifid";
-constexpr char kIpv4[] = "ipv4";
-constexpr char kNetworkMask[] = "network-mask";
-constexpr char kSfp[] = "sfp";
-
-constexpr char kEthCount[] = "ethCount";
-constexpr char kCpuBandwidth[] = "cpuBandwidth";
-constexpr char kLinkBandwidth[] = "linkBandwidth";
-constexpr char kRx[] = "rx_bandwidth_bps";
-constexpr char kTx[] = "tx_bandwidth_bps";
-
 // Written and read in this order.
-const zelct::Shape<7>& interfaceShape() {
-    static const zelct::Shape<7> shape({kEthName, kMac, kLinkup, kIfid, kIpv4, kNetworkMask, kSfp});
+struct Key {
+    enum : std::size_t { ethName, mac, linkup, ifid, ipv4, networkMask, sfp, count };
+};
+
+const zelct::Shape<Key::count>& interfaceShape() {
+    static const zelct::Shape<Key::count> shape(
+        {"eth-name", "mac", "linkup", "ifid", "ipv4", "network-mask", "sfp"});
     return shape;
 }
 
-const zelct::Shape<1>& countShape() {
-    static const zelct::Shape<1> shape({kEthCount});
+// The arrays are written only for a count above 0.
+struct BandwidthKey {
+    enum : std::size_t { ethCount, cpuBandwidth, linkBandwidth, count };
+};
+
+const zelct::Shape<BandwidthKey::count>& bandwidthInfoShape() {
+    static const zelct::Shape<BandwidthKey::count> shape(
+        {"ethCount", "cpuBandwidth", "linkBandwidth"},
+        {BandwidthKey::cpuBandwidth, BandwidthKey::linkBandwidth});
     return shape;
 }
 
-const zelct::Shape<2>& bandwidthShape() {
-    static const zelct::Shape<2> shape({kRx, kTx});
+struct RateKey {
+    enum : std::size_t { rx, tx, count };
+};
+
+const zelct::Shape<RateKey::count>& bandwidthShape() {
+    static const zelct::Shape<RateKey::count> shape({"rx_bandwidth_bps", "tx_bandwidth_bps"});
     return shape;
 }
 
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
 template <std::size_t N>
-void readAddress(zelct::Reader<N>& in, const char* key, std::uint32_t& field) {
+void readAddress(zelct::Reader<N>& in, std::size_t key, std::uint32_t& field) {
     const std::string text = in.text(key, "");
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
@@ -65,15 +67,15 @@ void readAddress(zelct::Reader<N>& in, const char* key, std::uint32_t& field) {
 
 void writeBandwidth(Json::Value& object, const EthBandwidthInfo::Bandwidth& bandwidth) {
     zelct::Writer out(object, bandwidthShape());
-    out[kRx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
-    out[kTx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
+    out[RateKey::rx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
+    out[RateKey::tx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
 }
 
 EthBandwidthInfo::Bandwidth readBandwidth(Json::Value& object) {
     zelct::Reader in(object, bandwidthShape());
     EthBandwidthInfo::Bandwidth bandwidth{};
-    bandwidth.rxBandwidthBps = in.uinteger64(kRx, 0);
-    bandwidth.txBandwidthBps = in.uinteger64(kTx, 0);
+    bandwidth.rxBandwidthBps = in.uinteger64(RateKey::rx, 0);
+    bandwidth.txBandwidthBps = in.uinteger64(RateKey::tx, 0);
     return bandwidth;
 }
 
@@ -88,43 +90,43 @@ EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
     zelct::Writer out(root, interfaceShape());
-    out[kEthName] = Json::Value(ethName);
-    out[kMac] = Json::Value(mac);
-    out[kLinkup] = Json::Value(linkup);
-    out[kIfid] = Json::Value(Json::UInt{ifid});
-    out[kIpv4] = Json::Value(dottedText(ipv4));
-    out[kNetworkMask] = Json::Value(dottedText(networkMask));
-    sfp.Serialize(out[kSfp]);
+    out[Key::ethName] = Json::Value(ethName);
+    out[Key::mac] = Json::Value(mac);
+    out[Key::linkup] = Json::Value(linkup);
+    out[Key::ifid] = Json::Value(Json::UInt{ifid});
+    out[Key::ipv4] = Json::Value(dottedText(ipv4));
+    out[Key::networkMask] = Json::Value(dottedText(networkMask));
+    sfp.Serialize(out[Key::sfp]);
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
     zelct::Reader in(root, interfaceShape());
-    ethName = in.text(kEthName, "");
-    mac = in.text(kMac, "");
-    linkup = in.flag(kLinkup, false);
-    ifid = in.uinteger(kIfid, 0);
-    readAddress(in, kIpv4, ipv4);
-    readAddress(in, kNetworkMask, networkMask);
-    sfp.Deserialize(in.member(kSfp));
+    ethName = in.text(Key::ethName, "");
+    mac = in.text(Key::mac, "");
+    linkup = in.flag(Key::linkup, false);
+    ifid = in.uinteger(Key::ifid, 0);
+    readAddress(in, Key::ipv4, ipv4);
+    readAddress(in, Key::networkMask, networkMask);
+    sfp.Deserialize(in.member(Key::sfp));
 }
 
 EthBandwidthInfo::EthBandwidthInfo() : cpuBandwidth(), linkBandwidth(), ethCount(0) {}
 
 void EthBandwidthInfo::Serialize(Json::Value& root) const {
     const std::uint32_t count = clampedCount(ethCount);
-    zelct::Writer out(root, countShape());
-    out[kEthCount] = Json::Value(Json::UInt{count});
+    zelct::Writer out(root, bandwidthInfoShape());
+    out[BandwidthKey::ethCount] = Json::Value(Json::UInt{count});
     for (Json::ArrayIndex i = 0; i < count; ++i) {
-        writeBandwidth(root[kCpuBandwidth][i], cpuBandwidth[i]);
-        writeBandwidth(root[kLinkBandwidth][i], linkBandwidth[i]);
+        writeBandwidth(out[BandwidthKey::cpuBandwidth][i], cpuBandwidth[i]);
+        writeBandwidth(out[BandwidthKey::linkBandwidth][i], linkBandwidth[i]);
     }
 }
 
 void EthBandwidthInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, countShape());
-    ethCount = clampedCount(in.uinteger(kEthCount, 0));
+    zelct::Reader in(root, bandwidthInfoShape());
+    ethCount = clampedCount(in.uinteger(BandwidthKey::ethCount, 0));
     for (Json::ArrayIndex i = 0; i < ethCount; ++i) {
-        cpuBandwidth[i] = readBandwidth(in.member(kCpuBandwidth)[i]);
-        linkBandwidth[i] = readBandwidth(in.member(kLinkBandwidth)[i]);
+        cpuBandwidth[i] = readBandwidth(in.member(BandwidthKey::cpuBandwidth)[i]);
+        linkBandwidth[i] = readBandwidth(in.member(BandwidthKey::linkBandwidth)[i]);
     }
 }

@@ -6,22 +6,28 @@ SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0
 
 namespace {
 
-constexpr char kStream[] = "stream";
-constexpr char kStreamHwId[] = "stream-hw-id";
-constexpr char kSession[] = "session";
-constexpr char kName[] = "name";
-constexpr char kStreamName[] = "stream-name";
-constexpr char kRemoteSid[] = "remote-sid";
-constexpr char kRemoteSidStr[] = "remote-sid-str";
-constexpr char kRedundantType[] = "redundant-type";
-constexpr char kType[] = "type";
-constexpr char kState[] = "state";
+// Read back in the same order, all but "remote-sid-str". The type and the state are written
+// by name into the record's own object.
+struct Key {
+    enum : std::size_t {
+        stream,
+        streamHwId,
+        session,
+        name,
+        streamName,
+        remoteSid,
+        remoteSidStr,
+        redundantType,
+        type,
+        state,
+        count
+    };
+};
 
-// Read back in the same order, all but "remote-sid-str". The type and the state write their
-// own keys into the record's object, so the keys are theirs as well.
-const zelct::Shape<10>& recordShape() {
-    static const zelct::Shape<10> shape({kStream, kStreamHwId, kSession, kName, kStreamName,
-                                         kRemoteSid, kRemoteSidStr, kRedundantType, kType, kState});
+const zelct::Shape<Key::count>& recordShape() {
+    static const zelct::Shape<Key::count> shape({"stream", "stream-hw-id", "session", "name",
+                                                 "stream-name", "remote-sid", "remote-sid-str",
+                                                 "redundant-type", "type", "state"});
     return shape;
 }
 
@@ -29,29 +35,30 @@ const zelct::Shape<10>& recordShape() {
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
     zelct::Writer out(root, recordShape());
-    out[kStream] = Json::Value(static_cast<Json::UInt64>(stream));
-    out[kStreamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
-    out[kSession] = Json::Value(static_cast<Json::UInt64>(session));
-    out[kName] = Json::Value(name);
-    out[kStreamName] = Json::Value(streamName);
-    out[kRemoteSid] = Json::Value(static_cast<Json::UInt64>(remoteSid));
-    out[kRemoteSidStr] = Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
-    out[kRedundantType] = Json::Value(redundantType);
-    out[kType] = Json::Value(type.getName());
-    out[kState] = Json::Value(state.getName());
+    out[Key::stream] = Json::Value(static_cast<Json::UInt64>(stream));
+    out[Key::streamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
+    out[Key::session] = Json::Value(static_cast<Json::UInt64>(session));
+    out[Key::name] = Json::Value(name);
+    out[Key::streamName] = Json::Value(streamName);
+    out[Key::remoteSid] = Json::Value(static_cast<Json::UInt64>(remoteSid));
+    out[Key::remoteSidStr] =
+        Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
+    out[Key::redundantType] = Json::Value(redundantType);
+    out[Key::type] = Json::Value(type.getName());
+    out[Key::state] = Json::Value(state.getName());
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
     zelct::Reader in(root, recordShape());
-    stream = in.uinteger64(kStream, 0);
-    streamHwId = static_cast<uint32_t>(in.uinteger64(kStreamHwId, 0));
-    session = in.uinteger64(kSession, 0);
-    name = in.text(kName, "");
-    streamName = in.text(kStreamName, "");
-    remoteSid = in.uinteger64(kRemoteSid, 0);
-    redundantType = in.text(kRedundantType, "none");
-    type.setName(in.text(kType, ""));
-    state.setName(in.text(kState, ""));
+    stream = in.uinteger64(Key::stream, 0);
+    streamHwId = static_cast<uint32_t>(in.uinteger64(Key::streamHwId, 0));
+    session = in.uinteger64(Key::session, 0);
+    name = in.text(Key::name, "");
+    streamName = in.text(Key::streamName, "");
+    remoteSid = in.uinteger64(Key::remoteSid, 0);
+    redundantType = in.text(Key::redundantType, "none");
+    type.setName(in.text(Key::type, ""));
+    state.setName(in.text(Key::state, ""));
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {

@@ -4,16 +4,6 @@
 
 namespace {
 
-constexpr char kDeviceCapabilities[] = "deviceCapabilities";
-constexpr char kNumMediaIpInterfaces[] = "numMediaIpInterfaces";
-constexpr char kSenders[] = "sendersStreamCount";
-constexpr char kReceivers[] = "receiversStreamCount";
-constexpr char kAudio[] = "audio";
-constexpr char kVideo[] = "video";
-constexpr char kAncillary[] = "ancillary";
-constexpr char kEthPort[] = "eth-port";
-constexpr char kTpcPort[] = "tpc-port";
-
 // The stream counts of one direction, in the order they are written.
 struct StreamCounts {
     int& audio;
@@ -21,41 +11,56 @@ struct StreamCounts {
     int& ancillary;
 };
 
-const zelct::Shape<3>& countsShape() {
-    static const zelct::Shape<3> shape({kAudio, kVideo, kAncillary});
+struct CountKey {
+    enum : std::size_t { audio, video, ancillary, count };
+};
+
+const zelct::Shape<CountKey::count>& countsShape() {
+    static const zelct::Shape<CountKey::count> shape({"audio", "video", "ancillary"});
     return shape;
 }
 
-const zelct::Shape<3>& capabilitiesShape() {
-    static const zelct::Shape<3> shape({kNumMediaIpInterfaces, kSenders, kReceivers});
+struct CapabilityKey {
+    enum : std::size_t { numMediaIpInterfaces, senders, receivers, count };
+};
+
+const zelct::Shape<CapabilityKey::count>& capabilitiesShape() {
+    static const zelct::Shape<CapabilityKey::count> shape(
+        {"numMediaIpInterfaces", "sendersStreamCount", "receiversStreamCount"});
     return shape;
 }
 
 // The wrapper is the one member the capabilities write into the parent's object.
+constexpr std::size_t kWrapper = 0;
+
 const zelct::Shape<1>& parentShape() {
-    static const zelct::Shape<1> shape({kDeviceCapabilities});
+    static const zelct::Shape<1> shape({"deviceCapabilities"});
     return shape;
 }
 
-const zelct::Shape<2>& processShape() {
-    static const zelct::Shape<2> shape({kEthPort, kTpcPort});
+struct ProcessKey {
+    enum : std::size_t { ethPort, tpcPort, count };
+};
+
+const zelct::Shape<ProcessKey::count>& processShape() {
+    static const zelct::Shape<ProcessKey::count> shape({"eth-port", "tpc-port"});
     return shape;
 }
 
 Json::Value countsObject(int audio, int video, int ancillary) {
     Json::Value counts(Json::objectValue);
     zelct::Writer out(counts, countsShape());
-    out[kAudio] = Json::Value(audio);
-    out[kVideo] = Json::Value(video);
-    out[kAncillary] = Json::Value(ancillary);
+    out[CountKey::audio] = Json::Value(audio);
+    out[CountKey::video] = Json::Value(video);
+    out[CountKey::ancillary] = Json::Value(ancillary);
     return counts;
 }
 
 void readCounts(Json::Value& counts, const StreamCounts& into) {
     zelct::Reader in(counts, countsShape());
-    into.audio = in.integer(kAudio, 0);
-    into.video = in.integer(kVideo, 0);
-    into.ancillary = in.integer(kAncillary, 0);
+    into.audio = in.integer(CountKey::audio, 0);
+    into.video = in.integer(CountKey::video, 0);
+    into.ancillary = in.integer(CountKey::ancillary, 0);
 }
 
 }  // namespace
@@ -73,29 +78,31 @@ DeviceCapabilities::DeviceCapabilities()
 void DeviceCapabilities::Serialize(Json::Value& root) const {
     Json::Value capabilities(Json::objectValue);
     zelct::Writer out(capabilities, capabilitiesShape());
-    out[kNumMediaIpInterfaces] = Json::Value(numMediaIpInterfaces);
-    out[kSenders] = countsObject(sendersAudio, sendersVideo, sendersAncillary);
-    out[kReceivers] = countsObject(receiversAudio, receiversVideo, receiversAncillary);
+    out[CapabilityKey::numMediaIpInterfaces] = Json::Value(numMediaIpInterfaces);
+    out[CapabilityKey::senders] = countsObject(sendersAudio, sendersVideo, sendersAncillary);
+    out[CapabilityKey::receivers] =
+        countsObject(receiversAudio, receiversVideo, receiversAncillary);
     zelct::Writer parent(root, parentShape());
-    parent[kDeviceCapabilities] = std::move(capabilities);
+    parent[kWrapper] = std::move(capabilities);
 }
 
 // An absent sender or receiver object keeps the counts a caller already holds, while an
 // absent interface number reads as 0; callers rely on both.
 void DeviceCapabilities::Deserialize(Json::Value& root) {
     zelct::Reader parent(root, parentShape());
-    if (!parent.has(kDeviceCapabilities)) {
+    if (!parent.has(kWrapper)) {
         return;
     }
-    zelct::Reader in(parent.member(kDeviceCapabilities), capabilitiesShape());
-    numMediaIpInterfaces = in.integer(kNumMediaIpInterfaces, 0);
-    if (in.has(kSenders)) {
-        readCounts(in.member(kSenders), StreamCounts{sendersAudio, sendersVideo, sendersAncillary});
+    zelct::Reader in(parent.member(kWrapper), capabilitiesShape());
+    numMediaIpInterfaces = in.integer(CapabilityKey::numMediaIpInterfaces, 0);
+    if (in.has(CapabilityKey::senders)) {
+        readCounts(in.member(CapabilityKey::senders),
+                   StreamCounts{sendersAudio, sendersVideo, sendersAncillary});
     }
-    if (!in.has(kReceivers)) {
+    if (!in.has(CapabilityKey::receivers)) {
         return;
     }
-    readCounts(in.member(kReceivers),
+    readCounts(in.member(CapabilityKey::receivers),
                StreamCounts{receiversAudio, receiversVideo, receiversAncillary});
 }
 
@@ -103,12 +110,12 @@ ProcessBasicInfo::ProcessBasicInfo() : tpcPort(0) {}
 
 void ProcessBasicInfo::Serialize(Json::Value& root) const {
     zelct::Writer out(root, processShape());
-    out[kEthPort] = Json::Value(ethPort);
-    out[kTpcPort] = Json::Value(Json::UInt{tpcPort});
+    out[ProcessKey::ethPort] = Json::Value(ethPort);
+    out[ProcessKey::tpcPort] = Json::Value(Json::UInt{tpcPort});
 }
 
 void ProcessBasicInfo::Deserialize(Json::Value& root) {
     zelct::Reader in(root, processShape());
-    ethPort = in.text(kEthPort, "");
-    tpcPort = in.uinteger(kTpcPort, 0);
+    ethPort = in.text(ProcessKey::ethPort, "");
+    tpcPort = in.uinteger(ProcessKey::tpcPort, 0);
 }

@@ -7,31 +7,42 @@ namespace {
 // Only this board carries a main-board record in its document; compared exactly.
 const char* const kMainBoardProduct = "TARVIK";
 
-constexpr char kFwVersion[] = "fw-version";
-constexpr char kFwDate[] = "fw-date";
-constexpr char kProduct[] = "product";
-constexpr char kBitstream[] = "bitstream";
-constexpr char kChipidName[] = "chipid-name";
-constexpr char kChipidVersion[] = "chipid-version";
-constexpr char kSerialNumber[] = "serial-number";
-constexpr char kMadiLock[] = "madi-lock";
-constexpr char kEth[] = "eth";
-constexpr char kRtsp[] = "rtsp";
-constexpr char kAdvertisement[] = "advertisement";
-constexpr char kTemperature[] = "temperature";
-constexpr char kFanSpeed[] = "fan-speed";
-constexpr char kCpuLoadavg[] = "cpu-loadavg";
-constexpr char kProductInfo[] = "product-info";
-constexpr char kErrors[] = "errors";
-constexpr char kDeviceCapabilities[] = "deviceCapabilities";
+// Written in this order; read in another, kept as it is. "eth", "product-info" and "errors"
+// are written only at times; the capabilities write their own member into the object.
+struct Key {
+    enum : std::size_t {
+        fwVersion,
+        fwDate,
+        product,
+        bitstream,
+        chipidName,
+        chipidVersion,
+        serialNumber,
+        madiLock,
+        eth,
+        rtsp,
+        advertisement,
+        temperature,
+        fanSpeed,
+        cpuLoadavg,
+        productInfo,
+        errors,
+        count
+    };
+};
 
-// The keys always written. "eth", "errors" and "product-info" are written only at times;
-// "deviceCapabilities" is written by the capabilities themselves into the shaped object.
-const zelct::Shape<14>& boardShape() {
-    static const zelct::Shape<14> shape({kFwVersion, kFwDate, kProduct, kBitstream, kChipidName,
-                                         kChipidVersion, kSerialNumber, kMadiLock, kRtsp,
-                                         kAdvertisement, kTemperature, kFanSpeed, kCpuLoadavg,
-                                         kDeviceCapabilities});
+const zelct::Shape<Key::count>& boardShape() {
+    static const zelct::Shape<Key::count> shape = [] {
+        zelct::Shape<Key::count> board(
+            {"fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
+             "serial-number", "madi-lock", "eth", "rtsp", "advertisement", "temperature",
+             "fan-speed", "cpu-loadavg", "product-info", "errors"},
+            {Key::eth, Key::productInfo, Key::errors});
+        Json::Value capabilities;
+        DeviceCapabilities().Serialize(capabilities);
+        board.merge(capabilities);
+        return board;
+    }();
     return shape;
 }
 
@@ -42,24 +53,24 @@ SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 // The member records are set whole; the lists are written element by element.
 void SystemBasicInfo::Serialize(Json::Value& root) const {
     zelct::Writer out(root, boardShape());
-    out[kFwVersion] = Json::Value(fwVersion);
-    out[kFwDate] = Json::Value(fwDate);
-    out[kProduct] = Json::Value(product);
-    out[kBitstream] = Json::Value(bitstream);
-    out[kChipidName] = Json::Value(chipidName);
-    out[kChipidVersion] = Json::Value(chipidVersion);
-    out[kSerialNumber] = Json::Value(serialNumber);
-    out[kMadiLock] = Json::Value(madiLock);
-    zelct::writeListMember(eth, root, kEth);
-    out[kRtsp] = zelct::written(rtsp);
-    out[kAdvertisement] = zelct::written(advertisement);
-    out[kTemperature] = zelct::written(temperature);
-    out[kFanSpeed] = zelct::written(fanSpeed);
-    out[kCpuLoadavg] = zelct::written(cpuLoadavg);
+    out[Key::fwVersion] = Json::Value(fwVersion);
+    out[Key::fwDate] = Json::Value(fwDate);
+    out[Key::product] = Json::Value(product);
+    out[Key::bitstream] = Json::Value(bitstream);
+    out[Key::chipidName] = Json::Value(chipidName);
+    out[Key::chipidVersion] = Json::Value(chipidVersion);
+    out[Key::serialNumber] = Json::Value(serialNumber);
+    out[Key::madiLock] = Json::Value(madiLock);
+    zelct::writeListMember(eth, out, Key::eth);
+    out[Key::rtsp] = zelct::written(rtsp);
+    out[Key::advertisement] = zelct::written(advertisement);
+    out[Key::temperature] = zelct::written(temperature);
+    out[Key::fanSpeed] = zelct::written(fanSpeed);
+    out[Key::cpuLoadavg] = zelct::written(cpuLoadavg);
     if (product == kMainBoardProduct) {
-        root[kProductInfo] = zelct::written(productInfo);
+        out[Key::productInfo] = zelct::written(productInfo);
     }
-    zelct::writeListMember(errors, root, kErrors);
+    zelct::writeListMember(errors, out, Key::errors);
     deviceCapabilities.Serialize(root);
 }
 
@@ -68,21 +79,21 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
     zelct::Reader in(root, boardShape());
-    fwVersion = in.text(kFwVersion, "");
-    fwDate = in.text(kFwDate, "");
-    product = in.text(kProduct, "");
-    bitstream = in.text(kBitstream, "");
-    rtsp.Deserialize(in.member(kRtsp));
-    advertisement.Deserialize(in.member(kAdvertisement));
-    chipidName = in.text(kChipidName, "");
-    chipidVersion = in.text(kChipidVersion, "");
-    serialNumber = in.text(kSerialNumber, "NA");
-    madiLock = in.flag(kMadiLock, false);
-    zelct::replaceList(in.member(kEth), eth);
-    temperature.Deserialize(in.member(kTemperature));
-    fanSpeed.Deserialize(in.member(kFanSpeed));
-    productInfo.Deserialize(in.member(kProductInfo));
-    cpuLoadavg.Deserialize(in.member(kCpuLoadavg));
-    zelct::replaceList(in.member(kErrors), errors);
+    fwVersion = in.text(Key::fwVersion, "");
+    fwDate = in.text(Key::fwDate, "");
+    product = in.text(Key::product, "");
+    bitstream = in.text(Key::bitstream, "");
+    rtsp.Deserialize(in.member(Key::rtsp));
+    advertisement.Deserialize(in.member(Key::advertisement));
+    chipidName = in.text(Key::chipidName, "");
+    chipidVersion = in.text(Key::chipidVersion, "");
+    serialNumber = in.text(Key::serialNumber, "NA");
+    madiLock = in.flag(Key::madiLock, false);
+    zelct::replaceList(in.member(Key::eth), eth);
+    temperature.Deserialize(in.member(Key::temperature));
+    fanSpeed.Deserialize(in.member(Key::fanSpeed));
+    productInfo.Deserialize(in.member(Key::productInfo));
+    cpuLoadavg.Deserialize(in.member(Key::cpuLoadavg));
+    zelct::replaceList(in.member(Key::errors), errors);
     deviceCapabilities.Deserialize(root);
 }

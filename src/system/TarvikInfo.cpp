@@ -1,6 +1,7 @@
 #include "TarvikInfo.h"
 
 #include <cstddef>
+#include <iterator>
 
 #include "../common/JsonMember.h"
 
@@ -9,12 +10,6 @@ namespace {
 // Every reading that is not known is -1.
 constexpr int kUnknown = -1;
 constexpr int kUnknownTemperature = 65535;
-
-constexpr char kFpga[] = "fpga";
-constexpr char kMain[] = "main";
-constexpr char kDaughterCard[] = "daughter-card";
-constexpr char kCode[] = "code";
-constexpr char kDescription[] = "description";
 
 template <typename Record, typename Field>
 struct Member {
@@ -34,7 +29,7 @@ constexpr Member<DaughterBoard, int> kDaughterBoardFields[] = {
     {"issue", &DaughterBoard::issue},
 };
 
-// Written and read in this order; "daughter-card" follows them.
+// Written and read in this order; "daughter-card", the last key of the shape, follows them.
 constexpr Member<TarvikInfo, int> kTarvikFields[] = {
     {"fan-speed", &TarvikInfo::fanSpeed},
     {"slot-number", &TarvikInfo::slotNumber},
@@ -62,57 +57,67 @@ void setAllUnknown(Record& record, const Member<Record, Field> (&fields)[N]) {
     }
 }
 
+// Row i of a table is key i of the record's shape.
 template <typename Record, typename Field, std::size_t N, std::size_t K>
 void writeFields(const Record& record, const Member<Record, Field> (&fields)[N],
                  zelct::Writer<K>& out) {
-    for (const auto& f : fields) {
-        out[f.key] = Json::Value(record.*f.field);
+    for (std::size_t i = 0; i < N; ++i) {
+        out[i] = Json::Value(record.*fields[i].field);
     }
 }
 
 // The default is the integer -1, which the conversion widens for the load averages.
 template <typename Record, std::size_t N, std::size_t K>
 void readFields(Record& record, const Member<Record, int> (&fields)[N], zelct::Reader<K>& in) {
-    for (const auto& f : fields) {
-        record.*f.field = in.integer(f.key, kUnknown);
+    for (std::size_t i = 0; i < N; ++i) {
+        record.*fields[i].field = in.integer(i, kUnknown);
     }
 }
 
 template <typename Record, std::size_t N, std::size_t K>
 void readFields(Record& record, const Member<Record, double> (&fields)[N], zelct::Reader<K>& in) {
-    for (const auto& f : fields) {
-        record.*f.field = in.real(f.key, kUnknown);
+    for (std::size_t i = 0; i < N; ++i) {
+        record.*fields[i].field = in.real(i, kUnknown);
     }
 }
 
+// The shapes of the records of one member, and their only key.
+constexpr std::size_t kOnly = 0;
+
 const zelct::Shape<1>& temperatureShape() {
-    static const zelct::Shape<1> shape({kFpga});
+    static const zelct::Shape<1> shape({"fpga"});
     return shape;
 }
 
 const zelct::Shape<1>& fanShape() {
-    static const zelct::Shape<1> shape({kMain});
+    static const zelct::Shape<1> shape({"main"});
     return shape;
 }
 
-const zelct::Shape<7>& daughterBoardShape() {
-    static const zelct::Shape<7> shape = zelct::shapeOfRows(kDaughterBoardFields);
+constexpr std::size_t kBoardFields = std::size(kTarvikFields);
+constexpr std::size_t kDaughterCard = kBoardFields;
+
+const zelct::Shape<std::size(kDaughterBoardFields)>& daughterBoardShape() {
+    static const auto shape = zelct::shapeOfRows(kDaughterBoardFields);
     return shape;
 }
 
-// The main board's own members; "daughter-card" is set whole after them.
-const zelct::Shape<10>& tarvikShape() {
-    static const zelct::Shape<10> shape = zelct::shapeOfRows(kTarvikFields);
+const zelct::Shape<kBoardFields + 1>& tarvikShape() {
+    static const auto shape = zelct::shapeOfRows(kTarvikFields, "daughter-card");
     return shape;
 }
 
-const zelct::Shape<3>& loadAverageShape() {
-    static const zelct::Shape<3> shape = zelct::shapeOfRows(kLoadAverageFields);
+const zelct::Shape<std::size(kLoadAverageFields)>& loadAverageShape() {
+    static const auto shape = zelct::shapeOfRows(kLoadAverageFields);
     return shape;
 }
 
-const zelct::Shape<2>& errorShape() {
-    static const zelct::Shape<2> shape({kCode, kDescription});
+struct ErrorKey {
+    enum : std::size_t { code, description, count };
+};
+
+const zelct::Shape<ErrorKey::count>& errorShape() {
+    static const zelct::Shape<ErrorKey::count> shape({"code", "description"});
     return shape;
 }
 
@@ -122,24 +127,24 @@ SystemTemperature::SystemTemperature() : fpga(kUnknownTemperature) {}
 
 void SystemTemperature::Serialize(Json::Value& root) const {
     zelct::Writer out(root, temperatureShape());
-    out[kFpga] = Json::Value(fpga);
+    out[kOnly] = Json::Value(fpga);
 }
 
 void SystemTemperature::Deserialize(Json::Value& root) {
     zelct::Reader in(root, temperatureShape());
-    fpga = in.integer(kFpga, kUnknownTemperature);
+    fpga = in.integer(kOnly, kUnknownTemperature);
 }
 
 FanSpeed::FanSpeed() : main(kUnknown) {}
 
 void FanSpeed::Serialize(Json::Value& root) const {
     zelct::Writer out(root, fanShape());
-    out[kMain] = Json::Value(main);
+    out[kOnly] = Json::Value(main);
 }
 
 void FanSpeed::Deserialize(Json::Value& root) {
     zelct::Reader in(root, fanShape());
-    main = in.integer(kMain, kUnknown);
+    main = in.integer(kOnly, kUnknown);
 }
 
 DaughterBoard::DaughterBoard() : IJsonSerializable() {
@@ -190,12 +195,12 @@ SystemError::SystemError() : code(kUnknown) {}
 
 void SystemError::Serialize(Json::Value& root) const {
     zelct::Writer out(root, errorShape());
-    out[kCode] = Json::Value(code);
-    out[kDescription] = Json::Value(description);
+    out[ErrorKey::code] = Json::Value(code);
+    out[ErrorKey::description] = Json::Value(description);
 }
 
 void SystemError::Deserialize(Json::Value& root) {
     zelct::Reader in(root, errorShape());
-    code = in.integer(kCode, kUnknown);
-    description = in.text(kDescription, "");
+    code = in.integer(ErrorKey::code, kUnknown);
+    description = in.text(ErrorKey::description, "");
 }
