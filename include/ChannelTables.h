@@ -34,9 +34,8 @@ public:
 // array of tables. An empty set writes nothing: a null value stays null.
 //
 // Reading appends one table per element of the array and keeps the tables already held.
-// jsoncpp raises Json::LogicError when the value handed over is a non-empty object or when a
-// table cannot be read (see ChannelTable); the tables read before it stay appended. A
-// scalar, like null, reads as no tables. Nothing else is thrown.
+// The array is walked by index: a scalar reads as no tables, an object with members throws,
+// and the tables read before a throw stay appended.
 class ZELCT_API ChannelTables : public IJsonSerializable {
 public:
     void Serialize(Json::Value& root) const override;

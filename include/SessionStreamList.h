@@ -56,9 +56,8 @@ public:
 // reading the same array twice holds every record twice; start from a new list for a
 // fresh one.
 //
-// Reading raises Json::LogicError when the value handed over is a non-empty object or when
-// an element cannot be read as a record (see SessionStreamBasics); the records read before
-// it stay appended. A scalar, like null, reads as no elements. Nothing else is thrown.
+// The array is walked by index: a scalar reads as no elements, an object with members throws,
+// and the records read before a throw stay appended.
 class ZELCT_API SessionStreamList : public IJsonSerializable {
 public:
     const std::list<SessionStreamBasics>& getList() const { return streams; }

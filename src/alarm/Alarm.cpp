@@ -134,11 +134,7 @@ struct AlarmKey {
 };
 
 const zelct::Shape<AlarmKey::count>& alarmShape() {
-    static const zelct::Shape<AlarmKey::count> shape = [] {
-        zelct::Shape<AlarmKey::count> alarm({"description", "type"});
-        alarm.merge(zelct::written(AlarmSeverity()));
-        return alarm;
-    }();
+    static const zelct::Shape<AlarmKey::count> shape({"description", "type"});
     return shape;
 }
 

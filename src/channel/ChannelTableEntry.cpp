@@ -6,8 +6,7 @@ ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 namespace {
 
-// Written and read in this order ("name" is never read). The media type and the capability
-// write into objects already holding the keys they write.
+// Written and read in this order ("name" is never read).
 struct Key {
     enum : std::size_t {
         id,
@@ -24,13 +23,9 @@ struct Key {
 };
 
 const zelct::Shape<Key::count>& entryShape() {
-    static const zelct::Shape<Key::count> shape = [] {
-        zelct::Shape<Key::count> entry({"id", "name-input", "name", "name-output", "blocked",
-                                        "input", "output", "media-type", "capabilities"});
-        entry.nest(Key::mediaType, zelct::written(DaifMediaType()));
-        entry.nest(Key::capabilities, zelct::written(DaifCapabilities()));
-        return entry;
-    }();
+    static const zelct::Shape<Key::count> shape({"id", "name-input", "name", "name-output",
+                                                 "blocked", "input", "output", "media-type",
+                                                 "capabilities"});
     return shape;
 }
 

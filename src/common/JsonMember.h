@@ -25,7 +25,7 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
 }
 
 // A record's keys, and the object a fresh target starts from: the keys it always writes,
-// each holding null (and what its member records write into it), built once. Copying it
+// each holding null, built once. Copying it
 // allocates each key once, where the member access allocates a missing key twice and searches
 // the object on every write. A list of another number of keys than the record names does not
 // compile. Only ever read after it is built, so any number of threads may copy it at once.
@@ -48,25 +48,7 @@ public:
             }
         }
         walkOrder_ = orderOf(all_);
-        learnStart();
-    }
-
-    // The key holds an object a member record writes into: inner is what it writes.
-    Shape& nest(std::size_t key, Json::Value inner) {
-        if (start_.isMember(keys_[key])) {
-            start_[keys_[key]] = std::move(inner);
-            learnStart();
-        }
-        return *this;
-    }
-
-    // A member record writes its own keys into the record's object: they join the start.
-    Shape& merge(const Json::Value& written) {
-        for (auto it = written.begin(); it != written.end(); ++it) {
-            start_[it.name()] = *it;
-        }
-        learnStart();
-        return *this;
+        startOrder_ = orderOf(start_);
     }
 
     const char* key(std::size_t i) const { return keys_[i]; }
@@ -74,8 +56,7 @@ public:
     // The index of the key that comes j-th when jsoncpp walks all the keys.
     std::size_t walkOrder(std::size_t j) const { return walkOrder_[j]; }
     bool walkable() const { return walkOrder_.size() == N; }
-    // For the j-th member of the starting object, the index of its key; N for a key that a
-    // member record writes.
+    // For the j-th member of the starting object, the index of its key.
     const std::vector<std::size_t>& startOrder() const { return startOrder_; }
     const Json::Value& start() const { return start_; }
 
@@ -92,8 +73,6 @@ private:
         }
         return order;
     }
-
-    void learnStart() { startOrder_ = orderOf(start_); }
 
     Json::Value start_;
     Json::Value all_;
@@ -252,8 +231,7 @@ private:
     std::array<Json::Value*, N> found_{};
 };
 
-// What a record writes into an object of its own: a nested member, or a child's keys for a
-// parent's shape.
+// What a record writes into an object of its own, for a member that is set whole.
 template <typename Record>
 Json::Value written(const Record& record) {
     Json::Value object(Json::objectValue);

@@ -32,17 +32,11 @@ struct Key {
 };
 
 const zelct::Shape<Key::count>& boardShape() {
-    static const zelct::Shape<Key::count> shape = [] {
-        zelct::Shape<Key::count> board(
-            {"fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
-             "serial-number", "madi-lock", "eth", "rtsp", "advertisement", "temperature",
-             "fan-speed", "cpu-loadavg", "product-info", "errors"},
-            {Key::eth, Key::productInfo, Key::errors});
-        Json::Value capabilities;
-        DeviceCapabilities().Serialize(capabilities);
-        board.merge(capabilities);
-        return board;
-    }();
+    static const zelct::Shape<Key::count> shape(
+        {"fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
+         "serial-number", "madi-lock", "eth", "rtsp", "advertisement", "temperature", "fan-speed",
+         "cpu-loadavg", "product-info", "errors"},
+        {Key::eth, Key::productInfo, Key::errors});
     return shape;
 }
 
