@@ -15,9 +15,8 @@
 // Any number is stored as given: a value outside 0..3 reads and writes as "ok".
 //
 // Reading never fails on content: an unknown, empty or missing text reads as ok (the names
-// are compared exactly, so "Error" is unknown). A "severity" member holding an object or an
-// array raises Json::LogicError from jsoncpp's text conversion, and so does reading from a
-// value that is neither an object nor null; nothing else is thrown.
+// are compared exactly, so "Error" is unknown).
+// Members that throw: "severity".
 class ZELCT_API AlarmSeverity : public IJsonSerializable {
 public:
     enum AlarmSeverity_en : std::int32_t {
@@ -59,10 +58,7 @@ private:
 // JSON keeps exactly what the document carries and never consults the catalogue; missing
 // keys read as type 0, empty description, severity ok.
 //
-// Exceptions of Deserialize: Json::LogicError from jsoncpp when the value is neither an
-// object nor null, when "severity" or "description" holds an object or an array, or when
-// "type" is not convertible to a 32-bit int (text, object, array, a number out of range).
-// Nothing else is thrown.
+// Members that throw: "description", "severity", "type".
 class ZELCT_API Alarm : public IJsonSerializable {
 public:
     enum AlarmType : std::int32_t {

@@ -20,9 +20,8 @@
 //
 // Deserialize merges into the set and never removes: a kind already present keeps its entry.
 // A missing "alarms" reads as empty and is added to the caller's document as null.
-// Exceptions of Deserialize: Json::LogicError from jsoncpp when the document is neither an
-// object nor null, when "alarms" is an object with members (it is walked by index), or when
-// an element cannot be read as an Alarm (see Alarm). Nothing else is thrown.
+// "alarms" is walked by index: a scalar there reads as no alarms, an object with members
+// throws. Members that throw: "alarms".
 //
 // Holds no lock: a caller that shares a manager between threads guards it itself.
 class ZELCT_API AlarmManager : public IJsonSerializable {

@@ -17,9 +17,9 @@
 //
 // Reading never fails on missing keys: "id" defaults to -1, "type" to "auto", "position" to
 // 255 (stored in 8 bits, so 256 becomes 0); an unknown kind name keeps the previous number
-// with the unknown text as name. jsoncpp raises Json::LogicError when a value cannot be
-// converted: a text or an array handed over as the bare number, an object or array under
-// "id", "type" or "position", or a negative "position". Nothing else is thrown.
+// with the unknown text as name. A value handed over that is not an object is converted as the
+// bare number, so text or an array there throws.
+// Members that throw: "id", "position", "type".
 class ZELCT_API ChannelId : public IJsonSerializable {
 public:
     // Kind "auto", position 0.

@@ -19,11 +19,9 @@
 // ...]; an empty list writes nothing. Reading appends to the list and never clears it; an
 // element without a position takes the number of entries held before it (in 8 bits).
 //
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is a non-empty
-// object, or when an element cannot be read as a channel identifier (see ChannelId); the
-// elements read before it stay appended. A scalar, like null, reads as no elements.
-// Writing a non-empty list into a value that is neither null nor an array raises it too.
-// Nothing else is thrown.
+// The array is walked by index: a scalar reads as no elements, an object with members throws,
+// and the elements read before a throw stay appended. Writing a non-empty list into a value
+// that is neither null nor an array throws as well.
 class ZELCT_API ChannelList : public IJsonSerializable {
 public:
     // Appends a copy, duplicates included. Returns 0.

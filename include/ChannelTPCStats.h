@@ -15,20 +15,15 @@
 //   "channel-id"      int     the channel number, written signed: 4294967295 is written as -1
 //   "error-detected"  bool
 //   "error-cnt"       uint64
-// That Serialize is neither virtual nor const, so it does not override the interface's:
-// it is reached only by a direct call on a non-const ChannelTPCStats (or a derived class
-// that does not hide the name), never through an IJsonSerializable reference, where the
-// derived class's const Serialize runs instead.
+// That Serialize does not override the interface's const one: a call through an
+// IJsonSerializable reference runs the derived class's writer instead.
 //
-// Reading takes 0, false and 0 for missing keys. jsoncpp raises Json::LogicError when a
-// member cannot be converted (a negative "channel-id", so channel numbers above 2147483647
-// do not read back; a negative "error-cnt"; an object or array under any key) or when the
-// value handed over is neither null nor an object; the fields read before it keep their new
-// values. Nothing else is thrown.
+// Reading takes 0, false and 0 for missing keys. "channel-id" is written signed and read
+// unsigned, so channel numbers above 2147483647 do not read back.
+// Members that throw: "channel-id", "error-cnt", "error-detected".
 class ZELCT_API ChannelTPCStats : public IJsonSerializable {
 public:
-    // Redeclared (still pure) beside the non-const one, so the name is overloaded rather than
-    // hidden; compilers that warn about hidden virtuals stay quiet and calls resolve alike.
+    // Declared again beside the non-const one so that neither hides the other.
     void Serialize(Json::Value& root) const override = 0;
     void Serialize(Json::Value& root);
     void Deserialize(Json::Value& root) override;

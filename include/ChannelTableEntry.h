@@ -31,10 +31,9 @@
 // holds 0) and a missing media type reads as 3 with an empty name (a fresh entry holds 0
 // "audio"). Reading reaches "input", "output", "media-type" and "capabilities" through
 // the mutable member access, so missing ones are added to the caller's document as null
-// members. jsoncpp raises Json::LogicError when a member cannot be converted (an object or
-// array where a number, flag or text belongs, a negative stream id) or when the value
-// handed over is neither null nor an object; the fields read before it keep their new
-// values, the others their old ones. Nothing else is thrown.
+// members. "name" is never read, so it never throws.
+// Members that throw: "blocked", "capabilities", "id", "input", "media-type", "name-input",
+// "name-output", "output".
 class ZELCT_API ChannelTableEntry : public IJsonSerializable {
 public:
     ChannelTableEntry();

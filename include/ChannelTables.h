@@ -17,10 +17,10 @@
 // Reading takes the interface type as DaifType does (a non-empty "string" decides, otherwise
 // "type", default 12) and appends one row per element of "channels": the rows already held
 // stay, so reading the same document twice holds every row twice. A missing "string" or
-// "channels" is added to the caller's document as a null member. jsoncpp raises
-// Json::LogicError when the value handed over is neither null nor an object, when
-// "channels" is a non-empty object, or when a row cannot be read (see ChannelTableEntry);
-// the rows read before it stay appended. Nothing else is thrown.
+// "channels" is added to the caller's document as a null member. "channels" is walked by
+// index: a scalar there reads as no rows, an object with members throws; the rows read
+// before a throw stay appended.
+// Members that throw: "channels", "string", "type".
 class ZELCT_API ChannelTable : public IJsonSerializable {
 public:
     void Serialize(Json::Value& root) const override;
@@ -34,9 +34,8 @@ public:
 // array of tables. An empty set writes nothing: a null value stays null.
 //
 // Reading appends one table per element of the array and keeps the tables already held.
-// jsoncpp raises Json::LogicError when the value handed over is a non-empty object or when a
-// table cannot be read (see ChannelTable); the tables read before it stay appended. A
-// scalar, like null, reads as no tables. Nothing else is thrown.
+// The array is walked by index: a scalar reads as no tables, an object with members throws,
+// and the tables read before a throw stay appended.
 class ZELCT_API ChannelTables : public IJsonSerializable {
 public:
     void Serialize(Json::Value& root) const override;

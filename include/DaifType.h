@@ -11,11 +11,9 @@
 // Kind of physical audio/video interface: a number and its name, written as
 // {"type": 3, "string": "madi"}.
 //
-// Reading never fails on content; an unknown name keeps the previous number. jsoncpp raises
-// Json::LogicError when the value handed over is neither an object nor null, when a present
-// "string" is a non-empty array or object (empty ones count as absent), or when "type" is
-// read and holds text, an array, an object or a number outside the 32-bit signed range.
-// Nothing else is thrown.
+// Reading never fails on content; an unknown name keeps the previous number. An empty array or
+// object under "string" counts as absent, and "type" is read only when "string" is absent.
+// Members that throw: "string", "type".
 class ZELCT_API DaifType : public IJsonSerializable {
 public:
     enum DaifType_en {
@@ -108,21 +106,8 @@ public:
         }
     }
 
-    void Serialize(Json::Value& root) const override {
-        root["type"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
-    // A present "string" decides by its text and "type" is not read; an absent, null or
-    // empty "string" (the access adds a null one) lets "type" decide, default 12.
-    void Deserialize(Json::Value& root) override {
-        if (root["string"].empty()) {
-            setValueAndName(root.get("type", DAIF_AUTO).asInt());
-        } else {
-            name = root.get("string", "auto").asString();
-        }
-        setNameAndResolve(name);
-    }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -131,9 +116,7 @@ private:
 
 // Media carried by a channel, written as {"media-type": 0, "string": "audio"}.
 // The number and the name are kept side by side; neither is derived from the other.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null, when "media-type" holds text, an array, an object or a number outside the
-// 32-bit signed range, or when "string" holds an array or an object. Nothing else is thrown.
+// Members that throw: "media-type", "string".
 class ZELCT_API DaifMediaType : public IJsonSerializable {
 public:
     DaifMediaType() : value(0), name("audio") {}
@@ -143,17 +126,10 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override {
-        root["media-type"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
+    void Serialize(Json::Value& root) const override;
     // A document without "media-type" reads as 3 with an empty name, not as the
     // constructor's 0 "audio".
-    void Deserialize(Json::Value& root) override {
-        value = root.get("media-type", 3).asInt();
-        name = root.get("string", "").asString();
-    }
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -161,9 +137,7 @@ private:
 };
 
 // Direction an interface supports, written as {"capability": 0, "string": "inout"}.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null, when "capability" holds text, an array, an object or a number outside the
-// 32-bit signed range, or when "string" holds an array or an object. Nothing else is thrown.
+// Members that throw: "capability", "string".
 class ZELCT_API DaifCapabilities : public IJsonSerializable {
 public:
     DaifCapabilities() : value(0), name("inout") {}
@@ -173,15 +147,8 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override {
-        root["capability"] = Json::Value(value);
-        root["string"] = Json::Value(name);
-    }
-
-    void Deserialize(Json::Value& root) override {
-        value = root.get("capability", 0).asInt();
-        name = root.get("string", "inout").asString();
-    }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -190,8 +157,7 @@ private:
 
 // Kind of a network stream, written as its name alone: {"type": "audio"}.
 // The writer knows "test" but the reader does not: reading "test" keeps the kind.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null or when "type" holds an array or an object. Nothing else is thrown.
+// Members that throw: "type".
 class ZELCT_API StreamType : public IJsonSerializable {
 public:
     enum StreamType_en {
@@ -223,8 +189,8 @@ public:
         return (kind >= STREAM_AUDIO && kind <= STREAM_TEST) ? names[kind - 1] : "undefined";
     }
 
-    void Serialize(Json::Value& root) const override { root["type"] = Json::Value(nameOf(value)); }
-    void Deserialize(Json::Value& root) override { setName(root.get("type", "").asString()); }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;
@@ -232,8 +198,7 @@ private:
 
 // Whether something is enabled, written as its name alone: {"state": "Enabled"}.
 // Names are compared exactly: "enabled" is not a state name and reads as Disabled.
-// Reading raises Json::LogicError (from jsoncpp) when the value handed over is neither an
-// object nor null or when "state" holds an array or an object. Nothing else is thrown.
+// Members that throw: "state".
 class ZELCT_API State : public IJsonSerializable {
 public:
     enum State_en { STATE_DISABLED = 0, STATE_ENABLED = 1, STATE_PAUSED = 2 };
@@ -259,8 +224,8 @@ public:
         return (state >= STATE_DISABLED && state <= STATE_PAUSED) ? names[state] : "Undefined";
     }
 
-    void Serialize(Json::Value& root) const override { root["state"] = Json::Value(nameOf(value)); }
-    void Deserialize(Json::Value& root) override { setName(root.get("state", "").asString()); }
+    void Serialize(Json::Value& root) const override;
+    void Deserialize(Json::Value& root) override;
 
 private:
     int value;

@@ -22,9 +22,7 @@
 // "receiversStreamCount" leaves its three counts as they were. A count missing inside a
 // present count object reads as 0.
 //
-// Exceptions: reading raises Json::LogicError when the parent, "deviceCapabilities" or a
-// count object is neither an object nor null, and when a number holds text, an array, an
-// object or a value outside the 32-bit signed range. Nothing else is thrown.
+// Members that throw: "deviceCapabilities".
 class ZELCT_API DeviceCapabilities : public IJsonSerializable {
 public:
     DeviceCapabilities();
@@ -45,10 +43,7 @@ public:
 // handed over:
 //   "eth-port"  string  empty when missing
 //   "tpc-port"  uint    0 when missing
-//
-// Exceptions: reading raises Json::LogicError when the object handed over is neither an
-// object nor null, when "eth-port" holds an array or an object, and when "tpc-port" is
-// negative, out of range, text, an array or an object. Nothing else is thrown.
+// Members that throw: "eth-port", "tpc-port".
 class ZELCT_API ProcessBasicInfo : public IJsonSerializable {
 public:
     ProcessBasicInfo();

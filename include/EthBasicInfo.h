@@ -28,11 +28,7 @@
 // Writing formats into a buffer of its own, so records may be written by several threads at
 // once, each on its own record.
 //
-// Exceptions: reading raises Json::LogicError when the document or its "sfp" member is
-// neither an object nor null, when a text member holds an array or an object, when
-// "linkup" holds text, an array or an object, when "ifid" is negative, out of range, text,
-// an array or an object, and whatever SfpInfo raises for its own members. Nothing else is
-// thrown.
+// Members that throw: "eth-name", "ifid", "ipv4", "linkup", "mac", "network-mask", "sfp".
 class ZELCT_API EthBasicInfo : public IJsonSerializable {
 public:
     EthBasicInfo();
@@ -68,11 +64,8 @@ public:
 // Reading reaches the arrays and their elements through the non-const member access, so a
 // document that lacks them gains null members and elements.
 //
-// Exceptions: reading raises Json::LogicError when "ethCount" or a bandwidth value is
-// negative, out of range, text, an array or an object, when the document is neither an
-// object nor null,
-// when "cpuBandwidth" or "linkBandwidth" is neither an array nor null, and when one of their
-// elements is neither an object nor null. Nothing else is thrown.
+// The arrays are read only for a count above 0; then each must be an array or null.
+// Members that throw: "cpuBandwidth", "ethCount", "linkBandwidth".
 class ZELCT_API EthBandwidthInfo : public IJsonSerializable {
 public:
     // Bits per second in each direction.

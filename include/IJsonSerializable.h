@@ -8,8 +8,16 @@
 //
 // Serialize sets its keys in the value it is given and never clears it; Deserialize reads
 // from the value it is given, takes defaults for missing keys and reports nothing. Reading
-// may add null members to the caller's document (non-const member access), and a value of
-// a JSON type that jsoncpp cannot convert raises Json::LogicError from the conversion.
+// may add null members to the caller's document (non-const member access).
+//
+// Exceptions, shared by every reader: the library catches nothing, so jsoncpp's
+// Json::LogicError reaches the caller when a member holds a JSON type its conversion cannot
+// take (an array or an object where a scalar belongs, text where a number or a flag belongs,
+// a negative number for an unsigned field, a number outside the field's range), or when the
+// value handed over, or a member holding a record or a list element, is neither an object nor
+// null. Members read before the throw keep their new values. Nothing else is thrown. Each
+// header names its members that throw on a line "Members that throw:" (a test holds the
+// readers to it) and states only what differs from this rule.
 class ZELCT_API IJsonSerializable {
 public:
     IJsonSerializable();

@@ -27,10 +27,10 @@
 //
 // Reading takes 0 or "" for missing keys, except "redundant-type", which reads as "none"
 // (a fresh record holds ""). An unknown type text, "test" included, keeps the type; an
-// unknown state text gives Disabled. "stream-hw-id" keeps its low 32 bits. jsoncpp raises
-// Json::LogicError when a member cannot be converted (a negative number or a text under a
-// numeric key, an object or array anywhere) and when the value handed over is neither null
-// nor an object; the members read before it keep their new values. Nothing else is thrown.
+// unknown state text gives Disabled. "stream-hw-id" keeps its low 32 bits. "remote-sid-str"
+// is never read, so it never throws.
+// Members that throw: "name", "redundant-type", "remote-sid", "session", "state", "stream",
+// "stream-hw-id", "stream-name", "type".
 class ZELCT_API SessionStreamBasics : public IJsonSerializable {
 public:
     SessionStreamBasics();
@@ -56,9 +56,8 @@ public:
 // reading the same array twice holds every record twice; start from a new list for a
 // fresh one.
 //
-// Reading raises Json::LogicError when the value handed over is a non-empty object or when
-// an element cannot be read as a record (see SessionStreamBasics); the records read before
-// it stay appended. A scalar, like null, reads as no elements. Nothing else is thrown.
+// The array is walked by index: a scalar reads as no elements, an object with members throws,
+// and the records read before a throw stay appended.
 class ZELCT_API SessionStreamList : public IJsonSerializable {
 public:
     const std::list<SessionStreamBasics>& getList() const { return streams; }

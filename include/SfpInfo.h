@@ -21,12 +21,9 @@
 //   "supply-voltage"  double  supply voltage in volts; -1.0 unknown
 //   "tx-power"        double  transmit power in dBm; -1.0 unknown
 //   "rx-power"        double  receive power in dBm; -1.0 unknown
-// Reading takes the constructor's value for every missing key. jsoncpp raises
-// Json::LogicError when the value handed over is neither an object nor null, when a text
-// member holds an array or an object, when "present" or a double holds text, an array or an
-// object, or when "wavelength" holds text, an array, an object or a number outside the
-// 32-bit signed range; the members read before it keep their new values. Nothing else is
-// thrown.
+// Reading takes the constructor's value for every missing key.
+// Members that throw: "connector", "part-number", "present", "revision", "rx-power",
+// "serial-number", "supply-voltage", "temperature", "tx-power", "vendor-name", "wavelength".
 class ZELCT_API SfpInfo : public IJsonSerializable {
 public:
     SfpInfo();

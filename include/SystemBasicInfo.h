@@ -27,7 +27,10 @@
 //   "product-info"    TarvikInfo object; written only when the product is exactly "TARVIK"
 //   "errors"          array of {"code": int, "description": string}; not written when empty
 //   "deviceCapabilities"  written by DeviceCapabilities itself
-// Each member is set whole, replacing what the object held under that key; other keys stay.
+// Each member but the lists is set whole, replacing what the object held under that key;
+// other keys stay. The lists are written as every list is: element i into element i of an
+// array already there, so elements beyond the list's length and members an element's record
+// does not write stay.
 //
 // Reading fills every field, missing members taking their defaults, with two deliberate
 // asymmetries: the serial number reads as "NA" when missing although a new record holds an
@@ -40,11 +43,11 @@
 // Every Ethernet element is read by EthBasicInfo, which logs an unparsable or missing
 // address or mask.
 //
-// Exceptions: reading raises Json::LogicError when the document, "rtsp", "advertisement",
-// "temperature", "fan-speed", "product-info", "cpu-loadavg" or an element of "eth" or
-// "errors" is neither an object nor null, when "eth" or "errors" is a non-empty object, and
-// whatever the member records raise for their own members. A scalar where "eth" or "errors"
-// belongs reads as an empty list. Nothing else is thrown.
+// "eth" and "errors" are walked by index: a scalar there reads as an empty list, an object
+// with members throws.
+// Members that throw: "advertisement", "bitstream", "chipid-name", "chipid-version",
+// "cpu-loadavg", "deviceCapabilities", "errors", "eth", "fan-speed", "fw-date", "fw-version",
+// "madi-lock", "product", "product-info", "rtsp", "serial-number", "temperature".
 class ZELCT_API SystemBasicInfo : public IJsonSerializable {
 public:
     SystemBasicInfo();

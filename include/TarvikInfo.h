@@ -10,14 +10,9 @@
 // Measured and identified pieces of the board. Each record writes its members straight into
 // the object it is handed (not into a sub-object of its own) and reads them back with a
 // default for every missing member; -1 (65535 for the temperature) means "not known".
-//
-// Exceptions, common to every record here: reading raises Json::LogicError when the object
-// handed over (or "daughter-card" inside a TarvikInfo) is neither an object nor null, when
-// an integer member holds text, an array, an object or a number outside the 32-bit signed
-// range, when a load average holds text, an array or an object, and when "description" holds
-// an array or an object. Nothing else is thrown.
 
 // FPGA temperature. JSON: "fpga" (int), 65535 when unknown or missing.
+// Members that throw: "fpga".
 class ZELCT_API SystemTemperature : public IJsonSerializable {
 public:
     SystemTemperature();
@@ -29,6 +24,7 @@ public:
 };
 
 // Main fan speed. JSON: "main" (int), -1 when unknown or missing.
+// Members that throw: "main".
 class ZELCT_API FanSpeed : public IJsonSerializable {
 public:
     FanSpeed();
@@ -42,6 +38,7 @@ public:
 // A daughter board. JSON, all int, -1 when unknown or missing, in this order:
 //   "id", "current", "voltage", "rev", "io-id", "variant", "issue"
 // (current before voltage here, unlike TarvikInfo's own members).
+// Members that throw: "current", "id", "io-id", "issue", "rev", "variant", "voltage".
 class ZELCT_API DaughterBoard : public IJsonSerializable {
 public:
     DaughterBoard();
@@ -65,6 +62,9 @@ public:
 // then "daughter-card", an object in the form DaughterBoard writes. Reading takes
 // "daughter-card" through the non-const member access, so a document without it gains a
 // null "daughter-card" and the daughter board reads as all -1.
+// Members that throw: "base-io-id", "base-rev-issue", "board-rev", "board-type", "current",
+// "daughter-card", "fan-speed", "rear-module-id-1", "rear-module-id-2", "slot-number",
+// "voltage".
 class ZELCT_API TarvikInfo : public IJsonSerializable {
 public:
     TarvikInfo();
@@ -88,6 +88,7 @@ public:
 // CPU load averages. JSON, all double, -1.0 when unknown or missing:
 //   "load-average-1min", "load-average-5min", "load-average-15min"
 // An integer in the document is widened to a double.
+// Members that throw: "load-average-15min", "load-average-1min", "load-average-5min".
 class ZELCT_API CpuLoadAverage : public IJsonSerializable {
 public:
     CpuLoadAverage();
@@ -102,6 +103,7 @@ public:
 
 // One current system error. JSON: "code" (int, -1 when missing), "description" (string,
 // empty when missing).
+// Members that throw: "code", "description".
 class ZELCT_API SystemError : public IJsonSerializable {
 public:
     SystemError();

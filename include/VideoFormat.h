@@ -22,8 +22,7 @@
 //
 // JSON form: {"format": "1080P59"}; number 0 writes nothing. Reading takes "format" as text
 // ("" when missing): an empty text gives number 0, any other text goes through fromString.
-// A "format" holding an object or an array, or a document that is neither an object nor
-// null, makes jsoncpp raise Json::LogicError; nothing else is thrown.
+// Members that throw: "format".
 class ZELCT_API VideoFormat : public IJsonSerializable {
 public:
     // 32 bits wide so that any number a caller stores (35, -1) is a valid value of the type.

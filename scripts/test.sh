@@ -5,74 +5,118 @@
 # memcheck, builds with ThreadSanitizer and runs every test there, runs every fuzz target for a
 # bounded time; finally builds with AddressSanitizer and UndefinedBehaviorSanitizer and runs
 # every test again. Exits non-zero on any failure.
+#
+# Usage: scripts/test.sh [STAGE...]   runs the stages named, in the order below, or all of them.
+# Stages: format native install armhf memcheck tsan fuzz asan. Missing packages are installed
+# first whatever the stages; install and memcheck use the native stage's build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 jobs=$(jobs_count)
 
+all_stages=(format native install armhf memcheck tsan fuzz asan)
+selected=("$@")
+if [ ${#selected[@]} -eq 0 ]; then
+    selected=("${all_stages[@]}")
+fi
+# True when $1 is exactly one of the words that follow it.
+one_of() {
+    local word=$1 candidate
+    shift
+    for candidate in "$@"; do
+        [ "$candidate" = "$word" ] && return 0
+    done
+    return 1
+}
+for name in "${selected[@]}"; do
+    if ! one_of "$name" "${all_stages[@]}"; then
+        echo "scripts/test.sh: unknown stage '$name' (stages: ${all_stages[*]})" >&2
+        exit 2
+    fi
+done
+wanted() {
+    one_of "$1" "${selected[@]}"
+}
+
 stage "dependencies"
 ensure_packages "${BASE_PACKAGES[@]}" "${ROBUSTNESS_PACKAGES[@]}"
 ensure_armhf
 
-stage "format"
-scripts/check-format.sh
+if wanted format; then
+    stage "format"
+    scripts/check-format.sh
+fi
 
-stage "native: build and test (warnings as errors)"
-cmake --preset ci >/dev/null
-cmake --build --preset ci -j "$jobs"
-ctest --preset ci -j "$jobs"
+if wanted native; then
+    stage "native: build and test (warnings as errors)"
+    cmake --preset ci >/dev/null
+    cmake --build --preset ci -j "$jobs"
+    ctest --preset ci -j "$jobs"
+fi
 
-stage "native: install, Debian packages, consumer projects"
-stage_root=build/ci/stage
-rm -rf "$stage_root"
-cmake --install build/ci --prefix "$stage_root/usr" >/dev/null
-scripts/consumers.sh "$stage_root"
-scripts/packages.sh ci
+if wanted install; then
+    stage "native: install, Debian packages, consumer projects"
+    stage_root=build/ci/stage
+    rm -rf "$stage_root"
+    cmake --install build/ci --prefix "$stage_root/usr" >/dev/null
+    scripts/consumers.sh "$stage_root"
+    scripts/packages.sh ci
+fi
 
-stage "armhf: cross-build and test under qemu-arm"
-cmake --preset armhf >/dev/null
-cmake --build --preset armhf -j "$jobs"
-ctest --preset armhf -j "$jobs"
-scripts/packages.sh armhf
+if wanted armhf; then
+    stage "armhf: cross-build and test under qemu-arm"
+    cmake --preset armhf >/dev/null
+    cmake --build --preset armhf -j "$jobs"
+    ctest --preset armhf -j "$jobs"
+    scripts/packages.sh armhf
+fi
 
-stage "valgrind memcheck: every GoogleTest suite (no error, no definite or indirect leak)"
-# Runs each suite as one process: the library, the tests and the forked children of the
-# file-store tests, checked by memcheck.
-memcheck_failed=()
-for suite in build/ci/tests/*Test; do
-    [ -x "$suite" ] || continue
-    name=$(basename "$suite")
-    log=build/ci/memcheck-$name.log
-    if valgrind --tool=memcheck --leak-check=full --show-leak-kinds=definite,indirect \
-        --errors-for-leak-kinds=definite,indirect --error-exitcode=1 --quiet \
-        "$suite" --gtest_brief=1 >"$log" 2>&1; then
-        echo "memcheck $name: $(grep -a 'PASSED' "$log" | tail -1)"
-    else
-        echo "memcheck $name: FAILED"
-        cat "$log"
-        memcheck_failed+=("$name")
+if wanted memcheck; then
+    stage "valgrind memcheck: every GoogleTest suite (no error, no definite or indirect leak)"
+    # Runs each suite as one process: the library, the tests and the forked children of the
+    # file-store tests, checked by memcheck.
+    memcheck_failed=()
+    for suite in build/ci/tests/*Test; do
+        [ -x "$suite" ] || continue
+        name=$(basename "$suite")
+        log=build/ci/memcheck-$name.log
+        if valgrind --tool=memcheck --leak-check=full --show-leak-kinds=definite,indirect \
+            --errors-for-leak-kinds=definite,indirect --error-exitcode=1 --quiet \
+            "$suite" --gtest_brief=1 >"$log" 2>&1; then
+            echo "memcheck $name: $(grep -a 'PASSED' "$log" | tail -1)"
+        else
+            echo "memcheck $name: FAILED"
+            cat "$log"
+            memcheck_failed+=("$name")
+        fi
+    done
+    if [ ${#memcheck_failed[@]} -ne 0 ]; then
+        echo "memcheck: failures in ${memcheck_failed[*]}"
+        exit 1
     fi
-done
-if [ ${#memcheck_failed[@]} -ne 0 ]; then
-    echo "memcheck: failures in ${memcheck_failed[*]}"
-    exit 1
 fi
 
-stage "native: thread sanitizer"
-cmake --preset tsan >/dev/null
-cmake --build --preset tsan -j "$jobs"
-# ThreadSanitizer cannot map its shadow memory under the widest address randomisation of
-# recent kernels; the tests do not need randomisation.
-no_aslr=()
-if setarch "$(uname -m)" -R true 2>/dev/null; then
-    no_aslr=(setarch "$(uname -m)" -R)
+if wanted tsan; then
+    stage "native: thread sanitizer"
+    cmake --preset tsan >/dev/null
+    cmake --build --preset tsan -j "$jobs"
+    # ThreadSanitizer cannot map its shadow memory under the widest address randomisation of
+    # recent kernels; the tests do not need randomisation.
+    no_aslr=()
+    if setarch "$(uname -m)" -R true 2>/dev/null; then
+        no_aslr=(setarch "$(uname -m)" -R)
+    fi
+    "${no_aslr[@]}" ctest --preset tsan -j "$jobs"
 fi
-"${no_aslr[@]}" ctest --preset tsan -j "$jobs"
 
-stage "fuzz: every target for ${ZELCT_FUZZ_SECONDS:-20} s"
-scripts/fuzz.sh "${ZELCT_FUZZ_SECONDS:-20}"
+if wanted fuzz; then
+    stage "fuzz: every target for ${ZELCT_FUZZ_SECONDS:-20} s"
+    scripts/fuzz.sh "${ZELCT_FUZZ_SECONDS:-20}"
+fi
 
-stage "native: address and undefined-behaviour sanitizers"
-cmake --preset asan >/dev/null
-cmake --build --preset asan -j "$jobs"
-ctest --preset asan -j "$jobs"
+if wanted asan; then
+    stage "native: address and undefined-behaviour sanitizers"
+    cmake --preset asan >/dev/null
+    cmake --build --preset asan -j "$jobs"
+    ctest --preset asan -j "$jobs"
+fi

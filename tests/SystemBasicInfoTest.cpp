@@ -377,3 +377,54 @@ TEST(SystemBasicInfo, ScalarWhereAListBelongsReadsAsEmpty) {
     EXPECT_TRUE(info.eth.empty());
     EXPECT_TRUE(info.errors.empty());
 }
+
+TEST(SystemBasicInfo, ListsWrittenOverALongerArrayLeaveItsLaterElements) {
+    SystemBasicInfo info;
+    info.eth.push_back(port("eth0", 0x0A000001, 1));
+    info.errors.push_back(error(5, "link lost"));
+    Json::Value out = parseJson(R"({
+        "eth": [{"eth-name": "old0"}, {"eth-name": "old1"}, "stale"],
+        "errors": [{"code": 1}, {"code": 2, "description": "old"}, 7]})");
+    info.Serialize(out);
+    ASSERT_EQ(out["eth"].size(), 3u);
+    EXPECT_EQ(out["eth"][0]["eth-name"], "eth0");
+    EXPECT_EQ(out["eth"][0]["ipv4"], "10.0.0.1");
+    EXPECT_EQ(out["eth"][1], parseJson(R"({"eth-name": "old1"})"));
+    EXPECT_EQ(out["eth"][2], "stale");
+    EXPECT_EQ(out["errors"], parseJson(R"([{"code": 5, "description": "link lost"},
+        {"code": 2, "description": "old"}, 7])"));
+}
+
+TEST(SystemBasicInfo, ListElementsKeepMembersTheirRecordsDoNotWrite) {
+    SystemBasicInfo info;
+    info.eth.push_back(port("eth0", 0x0A000001, 1));
+    info.errors.push_back(error(5, "link lost"));
+    Json::Value out = parseJson(R"({
+        "eth": [{"eth-name": "old0", "vlan": 12, "sfp": {"lane": 2}}],
+        "errors": [{"code": 1, "raised-at": "12:00"}]})");
+    info.Serialize(out);
+    EXPECT_EQ(out["eth"][0]["eth-name"], "eth0");
+    EXPECT_EQ(out["eth"][0]["vlan"], 12);
+    EXPECT_EQ(out["eth"][0]["sfp"]["lane"], 2);
+    EXPECT_EQ(out["eth"][0]["sfp"]["present"], info.eth.front().sfp.present);
+    EXPECT_EQ(out["errors"],
+              parseJson(R"([{"code": 5, "description": "link lost", "raised-at": "12:00"}])"));
+}
+
+TEST(SystemBasicInfo, EmptyListsLeaveAnExistingArrayAlone) {
+    SystemBasicInfo info;
+    Json::Value out = parseJson(R"({"eth": [{"eth-name": "old0"}], "errors": [3]})");
+    info.Serialize(out);
+    EXPECT_EQ(out["eth"], parseJson(R"([{"eth-name": "old0"}])"));
+    EXPECT_EQ(out["errors"], parseJson("[3]"));
+}
+
+TEST(SystemBasicInfo, ReadingTheListsStillReplacesThem) {
+    LogCapture log;
+    SystemBasicInfo info = fullBoard();
+    Json::Value in = parseJson(R"({"eth": [{"eth-name": "eth7"}], "errors": [{"code": 9}]})");
+    info.Deserialize(in);
+    EXPECT_EQ(names(info.eth), (std::vector<std::string>{"eth7"}));
+    ASSERT_EQ(info.errors.size(), 1u);
+    EXPECT_EQ(info.errors.front().code, 9);
+}

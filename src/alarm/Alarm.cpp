@@ -117,13 +117,38 @@ const char* AlarmSeverity::nameOf(int value) {
     return known ? kSeverities[value].text : kSeverities[SEVERITY_OK].text;
 }
 
+namespace {
+
+struct SeverityKey {
+    enum : std::size_t { severity, count };
+};
+
+const zelct::Shape<SeverityKey::count>& severityShape() {
+    static const zelct::Shape<SeverityKey::count> shape({"severity"});
+    return shape;
+}
+
+// Written in this order, after the severity, which writes its own key into the alarm's object.
+struct AlarmKey {
+    enum : std::size_t { description, type, count };
+};
+
+const zelct::Shape<AlarmKey::count>& alarmShape() {
+    static const zelct::Shape<AlarmKey::count> shape({"description", "type"});
+    return shape;
+}
+
+}  // namespace
+
 void AlarmSeverity::Serialize(Json::Value& root) const {
-    root["severity"] = Json::Value(nameOf(severity));
+    zelct::Writer out(root, severityShape());
+    out[SeverityKey::severity] = Json::Value(nameOf(severity));
 }
 
 // "ok" and every unknown text fall through to ok.
 void AlarmSeverity::Deserialize(Json::Value& root) {
-    const std::string text = zelct::stringMember(root, "severity", "");
+    zelct::Reader in(root, severityShape());
+    const std::string text = in.text(SeverityKey::severity, "");
     severity = SEVERITY_OK;
     for (const SeverityRow& row : kSeverities) {
         if (text == row.text) {
@@ -184,25 +209,16 @@ const char* Alarm::typeName(AlarmType value) {
     return catalogueRow(value).name;
 }
 
-namespace {
-
-// Written in this order.
-const zelct::ObjectShape& alarmShape() {
-    static const zelct::ObjectShape shape{"severity", "description", "type"};
-    return shape;
-}
-
-}  // namespace
-
 void Alarm::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, alarmShape());
+    zelct::Writer out(root, alarmShape());
     severity.Serialize(root);
-    out["description"] = Json::Value(description);
-    out["type"] = Json::Value(static_cast<int>(type));
+    out[AlarmKey::description] = Json::Value(description);
+    out[AlarmKey::type] = Json::Value(static_cast<int>(type));
 }
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
-    description = zelct::stringMember(root, "description", "");
-    type = static_cast<AlarmType>(zelct::intMember(root, "type", 0));
+    zelct::Reader in(root, alarmShape());
+    description = in.text(AlarmKey::description, "");
+    type = static_cast<AlarmType>(in.integer(AlarmKey::type, 0));
 }

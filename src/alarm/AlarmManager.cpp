@@ -2,9 +2,12 @@
 
 #include <utility>
 
+#include "../common/JsonMember.h"
 #include "Logger.h"
 
 namespace {
+
+constexpr char kAlarms[] = "alarms";
 
 // Only level 1 reads "ON": any other non-zero level raises the alarm, yet its line says
 // "OFF". The asymmetry is kept on purpose; do not tidy it up.
@@ -77,22 +80,18 @@ void AlarmManager::Serialize(Json::Value& root) const {
     if (alarms.empty()) {
         return;
     }
-    Json::Value& list = root["alarms"];
+    Json::Value& list = root[kAlarms];
     Json::ArrayIndex i = 0;
     for (const auto& entry : alarms) {
-        entry.second.Serialize(list[i]);
-        ++i;
+        entry.second.Serialize(list[i++]);
     }
 }
 
 // The first element of a kind wins, over later elements and over an entry already held.
 // Reading an element never touches the array, so the member found once stays the one read.
 void AlarmManager::Deserialize(Json::Value& root) {
-    Json::Value& list = root["alarms"];
-    for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
-        Alarm alarm;
-        alarm.Deserialize(list[i]);
+    zelct::readEach(root[kAlarms], Alarm(), [this](Alarm&& alarm) {
         const Alarm::AlarmType type = alarm.getType();
         alarms.try_emplace(type, std::move(alarm));
-    }
+    });
 }

@@ -30,18 +30,22 @@ ChannelId::ChannelId(Json::Value& root) : id(0), position(0) {
 namespace {
 
 // Written and read in this order.
-const zelct::ObjectShape& channelShape() {
-    static const zelct::ObjectShape shape{"id", "type", "position"};
+struct Key {
+    enum : std::size_t { id, type, position, count };
+};
+
+const zelct::Shape<Key::count>& channelShape() {
+    static const zelct::Shape<Key::count> shape({"id", "type", "position"});
     return shape;
 }
 
 }  // namespace
 
 void ChannelId::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, channelShape());
-    out["id"] = Json::Value(id);
-    out["type"] = Json::Value(type.getName());
-    out["position"] = Json::Value(static_cast<int>(position));
+    zelct::Writer out(root, channelShape());
+    out[Key::id] = Json::Value(id);
+    out[Key::type] = Json::Value(type.getName());
+    out[Key::position] = Json::Value(static_cast<int>(position));
 }
 
 void ChannelId::Deserialize(Json::Value& root) {
@@ -51,8 +55,8 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    zelct::ShapedReader in(root, channelShape());
-    id = zelct::intMember(in, "id", -1);
-    type.setNameAndResolve(zelct::stringMember(in, "type", "auto"));
-    position = static_cast<unsigned char>(zelct::uintMember(in, "position", kNoPosition));
+    zelct::Reader in(root, channelShape());
+    id = in.integer(Key::id, -1);
+    type.setNameAndResolve(in.text(Key::type, "auto"));
+    position = static_cast<unsigned char>(in.uinteger(Key::position, kNoPosition));
 }

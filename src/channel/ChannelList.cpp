@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "../common/JsonMember.h"
 #include "Logger.h"
 
 namespace {
@@ -107,18 +108,14 @@ void ChannelList::dump(std::string label) {
 }
 
 void ChannelList::Serialize(Json::Value& root) const {
-    Json::ArrayIndex i = 0;
-    for (const ChannelId& entry : entries) {
-        entry.Serialize(root[i++]);
-    }
+    zelct::writeElements(entries, root);
 }
 
 void ChannelList::Deserialize(Json::Value& root) {
-    for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
-        ChannelId channel(root[i]);
+    zelct::readEach(root, ChannelId(0), [this](ChannelId&& channel) {
         if (channel.getPosition() == kNoPosition) {
             channel.setPosition(static_cast<unsigned char>(entries.size()));
         }
         addChannel(channel);
-    }
+    });
 }

@@ -1,13 +1,31 @@
 #include "ChannelTPCStats.h"
 
+#include "../common/JsonMember.h"
+
+namespace {
+
+// Written and read in this order.
+struct Key {
+    enum : std::size_t { channelId, errorDetected, errorCnt, count };
+};
+
+const zelct::Shape<Key::count>& statsShape() {
+    static const zelct::Shape<Key::count> shape({"channel-id", "error-detected", "error-cnt"});
+    return shape;
+}
+
+}  // namespace
+
 void ChannelTPCStats::Serialize(Json::Value& root) {
-    root["channel-id"] = Json::Value(static_cast<int>(channelId));
-    root["error-detected"] = Json::Value(errorDetected);
-    root["error-cnt"] = Json::Value(static_cast<Json::UInt64>(errorCount));
+    zelct::Writer out(root, statsShape());
+    out[Key::channelId] = Json::Value(static_cast<int>(channelId));
+    out[Key::errorDetected] = Json::Value(errorDetected);
+    out[Key::errorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
 }
 
 void ChannelTPCStats::Deserialize(Json::Value& root) {
-    channelId = root.get("channel-id", 0).asUInt();
-    errorDetected = root.get("error-detected", false).asBool();
-    errorCount = root.get("error-cnt", Json::Value(static_cast<Json::UInt64>(0))).asUInt64();
+    zelct::Reader in(root, statsShape());
+    channelId = in.uinteger(Key::channelId, 0);
+    errorDetected = in.flag(Key::errorDetected, false);
+    errorCount = in.uinteger64(Key::errorCnt, 0);
 }

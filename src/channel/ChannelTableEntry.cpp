@@ -6,45 +6,54 @@ ChannelTableEntry::ChannelTableEntry() : id(0), blocked(false) {}
 
 namespace {
 
-// Written and read in this order ("name" is never read). The media type and the capability
-// write themselves into objects already holding their two keys, as they cannot shape
-// themselves.
-const zelct::ObjectShape& entryShape() {
-    static const zelct::ObjectShape shape = [] {
-        zelct::ObjectShape entry{"id",    "name-input", "name",       "name-output", "blocked",
-                                 "input", "output",     "media-type", "capabilities"};
-        entry.nest("media-type", zelct::ObjectShape{"media-type", "string"});
-        entry.nest("capabilities", zelct::ObjectShape{"capability", "string"});
-        return entry;
-    }();
+// Written and read in this order ("name" is never read).
+struct Key {
+    enum : std::size_t {
+        id,
+        nameInput,
+        name,
+        nameOutput,
+        blocked,
+        input,
+        output,
+        mediaType,
+        capabilities,
+        count
+    };
+};
+
+const zelct::Shape<Key::count>& entryShape() {
+    static const zelct::Shape<Key::count> shape({"id", "name-input", "name", "name-output",
+                                                 "blocked", "input", "output", "media-type",
+                                                 "capabilities"});
     return shape;
 }
 
 }  // namespace
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, entryShape());
-    out["id"] = Json::Value(id);
-    out["name-input"] = Json::Value(nameInput.c_str());
-    out["name"] = Json::Value(nameOutput.c_str());
-    out["name-output"] = Json::Value(nameOutput.c_str());
-    out["blocked"] = Json::Value(blocked);
-    input.Serialize(out["input"]);
-    output.Serialize(out["output"]);
-    mediaType.Serialize(out["media-type"]);
-    capabilities.Serialize(out["capabilities"]);
+    zelct::Writer out(root, entryShape());
+    out[Key::id] = Json::Value(id);
+    out[Key::nameInput] = Json::Value(nameInput.c_str());
+    out[Key::name] = Json::Value(nameOutput.c_str());
+    out[Key::nameOutput] = Json::Value(nameOutput.c_str());
+    out[Key::blocked] = Json::Value(blocked);
+    input.Serialize(out[Key::input]);
+    output.Serialize(out[Key::output]);
+    mediaType.Serialize(out[Key::mediaType]);
+    capabilities.Serialize(out[Key::capabilities]);
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    zelct::ShapedReader in(root, entryShape());
-    id = zelct::intMember(in, "id", -1);
-    nameInput = zelct::stringMember(in, "name-input", "");
-    nameOutput = zelct::stringMember(in, "name-output", "");
-    blocked = zelct::boolMember(in, "blocked", false);
-    input.Deserialize(in.member("input"));
-    output.Deserialize(in.member("output"));
-    mediaType.Deserialize(in.member("media-type"));
-    capabilities.Deserialize(in.member("capabilities"));
+    zelct::Reader in(root, entryShape());
+    id = in.integer(Key::id, -1);
+    nameInput = in.text(Key::nameInput, "");
+    nameOutput = in.text(Key::nameOutput, "");
+    blocked = in.flag(Key::blocked, false);
+    input.Deserialize(in.member(Key::input));
+    output.Deserialize(in.member(Key::output));
+    mediaType.Deserialize(in.member(Key::mediaType));
+    capabilities.Deserialize(in.member(Key::capabilities));
 }
 
 namespace {

@@ -1,21 +1,22 @@
 #pragma once
 
-// How the records read and write their members without paying jsoncpp more than the document
-// needs. Every function and class here leaves values, results and exceptions exactly as the
-// plain member access, get and the conversions do; only allocations and searches are saved.
-//
-// Reading: Json::Value::get(key, default) builds the default as a Value and returns the member
-// by copy, so a text member is allocated twice before the conversion allocates it a third
-// time. The readers below find the member in place instead. find, like get, raises
-// Json::LogicError on a value that is neither an object nor null, and the conversion of the
-// member found raises what it raises on the copy get would have returned.
+// The one way every record reads and writes its members. A record lists its keys once, in a
+// Shape, in the order it writes them, and names them by their place in that list (an enum
+// beside the list); a Writer and a Reader take its members by those names. Values, results
+// and exceptions are exactly those of the plain member access, Value::get and the
+// conversions: the shape only saves allocations and searches, and every step that cannot use
+// it falls back to them.
 
 #include <json/json.h>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <initializer_list>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace zelct {
 
@@ -23,214 +24,199 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
 }
 
-// root.get(key, fallback).asInt(), and the same for the other conversions: the fallback is
-// what the default value converts to.
-inline int intMember(const Json::Value& root, const char* key, int fallback) {
-    const Json::Value* found = findMember(root, key);
-    return found != nullptr ? found->asInt() : fallback;
-}
-
-inline unsigned uintMember(const Json::Value& root, const char* key, unsigned fallback) {
-    const Json::Value* found = findMember(root, key);
-    return found != nullptr ? found->asUInt() : fallback;
-}
-
-inline Json::UInt64 uint64Member(const Json::Value& root, const char* key, Json::UInt64 fallback) {
-    const Json::Value* found = findMember(root, key);
-    return found != nullptr ? found->asUInt64() : fallback;
-}
-
-inline bool boolMember(const Json::Value& root, const char* key, bool fallback) {
-    const Json::Value* found = findMember(root, key);
-    return found != nullptr ? found->asBool() : fallback;
-}
-
-// root.get(key, fallback).asString()
-inline std::string stringMember(const Json::Value& root, const char* key, const char* fallback) {
-    const Json::Value* found = findMember(root, key);
-    return found != nullptr ? found->asString() : std::string(fallback);
-}
-
-// The keys a record always writes, each holding null, built once. jsoncpp's member access
-// allocates a missing key twice and releases one copy, then searches the object for every
-// write; copying the shape allocates each key once, and one walk over the copy finds every
-// member. ShapedObject writes through the shape when it may, the member access otherwise.
-//
-// The copies own their keys (nothing in a caller's value points into the library), and the
-// shape is only ever read after it is built, so any number of threads may copy it at once.
-class ObjectShape {
+// A record's keys, and the object a fresh target starts from: the keys it always writes,
+// each holding null, built once. Copying it
+// allocates each key once, where the member access allocates a missing key twice and searches
+// the object on every write. A list of another number of keys than the record names does not
+// compile. Only ever read after it is built, so any number of threads may copy it at once.
+template <std::size_t N>
+class Shape {
 public:
-    static constexpr std::size_t kMaxKeys = 16;
-
-    // The keys in the order the record writes them.
-    ObjectShape(std::initializer_list<const char*> keys) : shape_(Json::objectValue) {
-        for (const char* key : keys) {
-            if (count_ < kMaxKeys) {
-                lengths_[count_] = std::strlen(key);
-                keys_[count_++] = key;
-                shape_[key] = Json::Value();
+    // sometimes: the keys written only at times, left out of the starting object.
+    template <std::size_t M>
+    explicit Shape(const char* const (&keys)[M], std::initializer_list<std::size_t> sometimes = {})
+        : start_(Json::objectValue), all_(Json::objectValue) {
+        static_assert(M == N, "a shape lists exactly one key for each name of the record");
+        for (std::size_t i = 0; i < N; ++i) {
+            keys_[i] = keys[i];
+            lengths_[i] = std::strlen(keys[i]);
+            all_[keys[i]] = Json::Value();
+        }
+        for (std::size_t i = 0; i < N; ++i) {
+            if (std::find(sometimes.begin(), sometimes.end(), i) == sometimes.end()) {
+                start_[keys[i]] = Json::Value();
             }
         }
-        computeRanks();
+        walkOrder_ = orderOf(all_);
+        startOrder_ = orderOf(start_);
     }
 
-    // A key whose value is itself shaped, for members written by a record that cannot shape
-    // itself. The key must be one of those given to the constructor.
-    ObjectShape& nest(const char* key, const ObjectShape& inner) {
-        shape_[key] = inner.shape_;
-        computeRanks();
-        return *this;
-    }
-
-    std::size_t size() const { return count_; }
     const char* key(std::size_t i) const { return keys_[i]; }
     std::size_t length(std::size_t i) const { return lengths_[i]; }
-    std::size_t rank(std::size_t i) const { return rank_[i]; }
-    // The index of the key that comes j-th in the order jsoncpp keeps members in.
-    std::size_t inOrder(std::size_t j) const { return inOrder_[j]; }
-    const Json::Value& value() const { return shape_; }
+    // The index of the key that comes j-th when jsoncpp walks all the keys.
+    std::size_t walkOrder(std::size_t j) const { return walkOrder_[j]; }
+    bool walkable() const { return walkOrder_.size() == N; }
+    // For the j-th member of the starting object, the index of its key.
+    const std::vector<std::size_t>& startOrder() const { return startOrder_; }
+    const Json::Value& start() const { return start_; }
 
 private:
-    // Where each key stands among the object's members, which jsoncpp keeps sorted.
-    void computeRanks() {
-        std::size_t sorted = 0;
-        std::size_t listed = 0;
-        for (auto it = shape_.begin(); it != shape_.end(); ++it, ++sorted) {
-            for (std::size_t i = 0; i < count_; ++i) {
-                if (it.name() == keys_[i]) {
-                    rank_[i] = sorted;
-                    inOrder_[listed++] = i;
-                }
+    // Learnt from jsoncpp's own walk rather than assumed.
+    std::vector<std::size_t> orderOf(const Json::Value& object) const {
+        std::vector<std::size_t> order;
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            std::size_t i = 0;
+            while (i < N && it.name() != keys_[i]) {
+                ++i;
             }
+            order.push_back(i);
         }
+        return order;
     }
 
-    Json::Value shape_;
-    const char* keys_[kMaxKeys] = {};
-    std::size_t lengths_[kMaxKeys] = {};
-    std::size_t rank_[kMaxKeys] = {};
-    std::size_t inOrder_[kMaxKeys] = {};
-    std::size_t count_ = 0;
+    Json::Value start_;
+    Json::Value all_;
+    std::array<const char*, N> keys_{};
+    std::array<std::size_t, N> lengths_{};
+    std::vector<std::size_t> walkOrder_;
+    std::vector<std::size_t> startOrder_;
 };
 
+// The shape of a table of members, each row naming its key, in the table's order, then the
+// keys the record writes after the table's.
+template <typename Row, std::size_t N, typename... Last>
+Shape<N + sizeof...(Last)> shapeOfRows(const Row (&rows)[N], Last... last) {
+    const char* keys[N + sizeof...(Last)] = {};
+    for (std::size_t i = 0; i < N; ++i) {
+        keys[i] = rows[i].key;
+    }
+    const char* const after[] = {last..., nullptr};
+    for (std::size_t i = 0; i < sizeof...(Last); ++i) {
+        keys[N + i] = after[i];
+    }
+    return Shape<N + sizeof...(Last)>(keys);
+}
+
 // Writes one record's members into root. A null root or an empty object becomes a copy of the
-// record's shape and the writes go straight to its members; any other root, or a key the shape
-// lacks, goes through the member access, so members root already holds stay as they are. Either way
-// root ends as the member access alone would leave it. The members of a std::map never move, so the
-// pointers to them stay good while other members are added.
-class ShapedObject {
+// shape's starting object and the writes go straight to its members; any other root goes
+// through the member access, so members root already holds stay as they are. Either way root
+// ends as the member access alone would leave it. The members of a std::map never move, so
+// the pointers to them stay good while other members are added.
+template <std::size_t N>
+class Writer {
 public:
-    ShapedObject(Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
-        if (shape.value().size() > ObjectShape::kMaxKeys) {
-            return;
-        }
+    Writer(Json::Value& root, const Shape<N>& shape) : root_(root), shape_(shape) {
         if (root.isNull()) {
-            // As the member access turns a null value into an object: the whole value is
-            // replaced.
-            root = shape.value();
+            // As the member access turns a null value into an object: the whole value goes.
+            root = shape.start();
         } else if (root.isObject() && root.empty()) {
-            // An empty object keeps what it carries besides its members, as it would when
-            // the member access added them.
-            Json::Value copy(shape.value());
+            // An empty object keeps what it carries besides its members (its comments), as it
+            // would when the member access added them.
+            Json::Value copy(shape.start());
             root.swapPayload(copy);
         } else {
             return;
         }
-        Json::Value* sorted[ObjectShape::kMaxKeys] = {};
-        std::size_t n = 0;
-        for (auto it = root.begin(); it != root.end() && n < ObjectShape::kMaxKeys; ++it) {
-            sorted[n++] = &*it;
-        }
-        for (std::size_t i = 0; i < shape.size(); ++i) {
-            slots_[i] = sorted[shape.rank(i)];
-        }
-        shaped_ = true;
-    }
-
-    // The writes are expected in the shape's order, so the search starts after the last key
-    // written; a member set some other way in between (a member record writing its own key
-    // into root) is simply passed over.
-    Json::Value& operator[](const char* key) {
-        if (shaped_) {
-            for (std::size_t i = next_; i < shape_.size(); ++i) {
-                if (std::strcmp(shape_.key(i), key) == 0) {
-                    next_ = i + 1;
-                    return *slots_[i];
-                }
+        // The copy is walked as the shape's start was; a member whose name is not the one
+        // learnt leaves its key to the member access.
+        std::size_t j = 0;
+        for (auto it = root.begin(); it != root.end() && j < shape.startOrder().size(); ++it) {
+            const std::size_t i = shape.startOrder()[j++];
+            if (i < N && named(it, i)) {
+                slots_[i] = &*it;
             }
         }
-        return root_[key];
+    }
+
+    Json::Value& operator[](std::size_t key) {
+        Json::Value* slot = slots_[key];
+        return slot != nullptr ? *slot : root_[shape_.key(key)];
     }
 
 private:
+    bool named(const Json::Value::iterator& it, std::size_t i) const {
+        const char* end = nullptr;
+        const char* name = it.memberName(&end);
+        return static_cast<std::size_t>(end - name) == shape_.length(i) &&
+               std::memcmp(name, shape_.key(i), shape_.length(i)) == 0;
+    }
+
     Json::Value& root_;
-    const ObjectShape& shape_;
-    Json::Value* slots_[ObjectShape::kMaxKeys] = {};
-    std::size_t next_ = 0;
-    bool shaped_ = false;
+    const Shape<N>& shape_;
+    std::array<Json::Value*, N> slots_{};
 };
 
 // Finds one record's members in root. An object is walked once beside the shape's keys, both
-// in the order jsoncpp keeps members in, so every read takes its member without a search of
-// its own. Any other value, or a key the shape lacks, is looked up as before: by Value::find
-// as get does (null has no members, anything else but an object raises Json::LogicError), or
-// by the member access, which adds a missing member as null.
-class ShapedReader {
+// taken in the order jsoncpp walks members, so most reads take their member without a search
+// of their own. The walk only ever finds members; whenever it has found nothing for a key,
+// the key is looked up as the plain reads do: by Value::find as get does (null has no members,
+// anything else but an object raises Json::LogicError), or by the member access, which adds a
+// missing member as null. So a jsoncpp that ordered members otherwise would cost searches,
+// never a member.
+template <std::size_t N>
+class Reader {
 public:
-    ShapedReader(Json::Value& root, const ObjectShape& shape) : root_(root), shape_(shape) {
-        if (!root.isObject()) {
+    Reader(Json::Value& root, const Shape<N>& shape) : root_(root), shape_(shape) {
+        if (!root.isObject() || !shape.walkable()) {
             return;
         }
         std::size_t j = 0;
         const auto last = root.end();
-        for (auto it = root.begin(); it != last && j < shape.size(); ++it) {
+        for (auto it = root.begin(); it != last && j < N; ++it) {
             const char* end = nullptr;
             const char* name = it.memberName(&end);
             const auto length = static_cast<std::size_t>(end - name);
             int order = -1;
-            while (j < shape.size() && (order = compare(shape.inOrder(j), name, length)) < 0) {
+            while (j < N && (order = compare(shape.walkOrder(j), name, length)) < 0) {
                 ++j;
             }
             if (order == 0) {
-                found_[shape.inOrder(j)] = &*it;
-                ++j;
+                found_[shape.walkOrder(j++)] = &*it;
             }
         }
-        walked_ = true;
     }
 
-    // As root.find(key); the reads are expected in the shape's order.
-    const Json::Value* find(const char* key) {
-        std::size_t i = 0;
-        if (walked_ && inShape(key, i)) {
-            return found_[i];
-        }
-        return findMember(root_, key);
+    // As root.find(key).
+    const Json::Value* find(std::size_t key) {
+        Json::Value* found = found_[key];
+        return found != nullptr ? found : findMember(root_, shape_.key(key));
     }
 
     // As root[key], the member access that adds a missing member as null.
-    Json::Value& member(const char* key) {
-        std::size_t i = 0;
-        if (walked_ && inShape(key, i) && found_[i] != nullptr) {
-            return *found_[i];
-        }
-        return root_[key];
+    Json::Value& member(std::size_t key) {
+        Json::Value* found = found_[key];
+        return found != nullptr ? *found : root_[shape_.key(key)];
+    }
+
+    bool has(std::size_t key) { return find(key) != nullptr; }
+
+    // root.get(key, fallback).asString(), and the same for the other conversions: the
+    // fallback is what get's default value converts to.
+    std::string text(std::size_t key, const char* fallback) {
+        const Json::Value* found = find(key);
+        return found != nullptr ? found->asString() : std::string(fallback);
+    }
+    int integer(std::size_t key, int fallback) { return read(key, fallback, &Json::Value::asInt); }
+    unsigned uinteger(std::size_t key, unsigned fallback) {
+        return read(key, fallback, &Json::Value::asUInt);
+    }
+    Json::UInt64 uinteger64(std::size_t key, Json::UInt64 fallback) {
+        return read(key, fallback, &Json::Value::asUInt64);
+    }
+    bool flag(std::size_t key, bool fallback) { return read(key, fallback, &Json::Value::asBool); }
+    double real(std::size_t key, double fallback) {
+        return read(key, fallback, &Json::Value::asDouble);
     }
 
 private:
-    bool inShape(const char* key, std::size_t& index) {
-        for (std::size_t i = next_; i < shape_.size(); ++i) {
-            if (std::strcmp(shape_.key(i), key) == 0) {
-                next_ = i + 1;
-                index = i;
-                return true;
-            }
-        }
-        return false;
+    template <typename T>
+    T read(std::size_t key, T fallback, T (Json::Value::*convert)() const) {
+        const Json::Value* found = find(key);
+        return found != nullptr ? (found->*convert)() : fallback;
     }
 
     // Orders the shape's key i against a member name as jsoncpp orders keys: by their bytes
-    // over the shorter length, then the shorter first.
+    // over the shorter length, then the shorter first. A guess only: see the class comment.
     int compare(std::size_t i, const char* name, std::size_t length) const {
         const std::size_t keyLength = shape_.length(i);
         const int order = std::memcmp(shape_.key(i), name, keyLength < length ? keyLength : length);
@@ -241,36 +227,62 @@ private:
     }
 
     Json::Value& root_;
-    const ObjectShape& shape_;
-    Json::Value* found_[ObjectShape::kMaxKeys] = {};
-    std::size_t next_ = 0;
-    bool walked_ = false;
+    const Shape<N>& shape_;
+    std::array<Json::Value*, N> found_{};
 };
 
-// The same conversions as above, reading through a shaped reader.
-inline std::string stringMember(ShapedReader& in, const char* key, const char* fallback) {
-    const Json::Value* found = in.find(key);
-    return found != nullptr ? found->asString() : std::string(fallback);
+// What a record writes into an object of its own, for a member that is set whole.
+template <typename Record>
+Json::Value written(const Record& record) {
+    Json::Value object(Json::objectValue);
+    record.Serialize(object);
+    return object;
 }
 
-inline int intMember(ShapedReader& in, const char* key, int fallback) {
-    const Json::Value* found = in.find(key);
-    return found != nullptr ? found->asInt() : fallback;
+// Lists. Writing follows one rule for every list: element i serializes into element i of the
+// array already there, elements beyond the list's length stay, and members of an existing
+// element that the record does not write stay. Reading reaches each element by index through
+// the member access, so a scalar reads as an empty list and an object with members throws.
+
+template <typename List>
+void writeElements(const List& list, Json::Value& array) {
+    Json::ArrayIndex i = 0;
+    for (const auto& element : list) {
+        element.Serialize(array[i++]);
+    }
 }
 
-inline unsigned uintMember(ShapedReader& in, const char* key, unsigned fallback) {
-    const Json::Value* found = in.find(key);
-    return found != nullptr ? found->asUInt() : fallback;
+// An empty list writes no member: readers take a missing list as an empty one. object is a
+// Json::Value or a Writer, key its kind of key.
+template <typename List, typename Object, typename Key>
+void writeListMember(const List& list, Object& object, Key key) {
+    if (!list.empty()) {
+        writeElements(list, object[key]);
+    }
 }
 
-inline Json::UInt64 uint64Member(ShapedReader& in, const char* key, Json::UInt64 fallback) {
-    const Json::Value* found = in.find(key);
-    return found != nullptr ? found->asUInt64() : fallback;
+// Hands each element, read into a copy of blank, to add, in the array's order.
+template <typename Record, typename Add>
+void readEach(Json::Value& array, const Record& blank, Add add) {
+    for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
+        Record record(blank);
+        record.Deserialize(array[i]);
+        add(std::move(record));
+    }
 }
 
-inline bool boolMember(ShapedReader& in, const char* key, bool fallback) {
-    const Json::Value* found = in.find(key);
-    return found != nullptr ? found->asBool() : fallback;
+// The list grows by what the array holds: reading the same array twice holds it twice.
+template <typename List>
+void appendList(Json::Value& array, List& list) {
+    using Record = typename List::value_type;
+    readEach(array, Record(), [&list](Record&& record) { list.push_back(std::move(record)); });
+}
+
+// The list becomes what the array holds.
+template <typename List>
+void replaceList(Json::Value& array, List& list) {
+    list.clear();
+    appendList(array, list);
 }
 
 }  // namespace zelct

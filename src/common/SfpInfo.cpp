@@ -10,34 +10,61 @@ SfpInfo::SfpInfo()
       txPower(-1.0),
       rxPower(-1.0) {}
 
+namespace {
+
+// Written and read in this order.
+struct Key {
+    enum : std::size_t {
+        present,
+        vendorName,
+        partNumber,
+        serialNumber,
+        revision,
+        connector,
+        wavelength,
+        temperature,
+        supplyVoltage,
+        txPower,
+        rxPower,
+        count
+    };
+};
+
+const zelct::Shape<Key::count>& moduleShape() {
+    static const zelct::Shape<Key::count> shape(
+        {"present", "vendor-name", "part-number", "serial-number", "revision", "connector",
+         "wavelength", "temperature", "supply-voltage", "tx-power", "rx-power"});
+    return shape;
+}
+
+}  // namespace
+
 void SfpInfo::Serialize(Json::Value& root) const {
-    static const zelct::ObjectShape shape{
-        "present",    "vendor-name", "part-number",    "serial-number", "revision", "connector",
-        "wavelength", "temperature", "supply-voltage", "tx-power",      "rx-power"};
-    zelct::ShapedObject out(root, shape);
-    out["present"] = Json::Value(present);
-    out["vendor-name"] = Json::Value(vendorName);
-    out["part-number"] = Json::Value(partNumber);
-    out["serial-number"] = Json::Value(serialNumber);
-    out["revision"] = Json::Value(revision);
-    out["connector"] = Json::Value(connector);
-    out["wavelength"] = Json::Value(wavelength);
-    out["temperature"] = Json::Value(temperature);
-    out["supply-voltage"] = Json::Value(supplyVoltage);
-    out["tx-power"] = Json::Value(txPower);
-    out["rx-power"] = Json::Value(rxPower);
+    zelct::Writer out(root, moduleShape());
+    out[Key::present] = Json::Value(present);
+    out[Key::vendorName] = Json::Value(vendorName);
+    out[Key::partNumber] = Json::Value(partNumber);
+    out[Key::serialNumber] = Json::Value(serialNumber);
+    out[Key::revision] = Json::Value(revision);
+    out[Key::connector] = Json::Value(connector);
+    out[Key::wavelength] = Json::Value(wavelength);
+    out[Key::temperature] = Json::Value(temperature);
+    out[Key::supplyVoltage] = Json::Value(supplyVoltage);
+    out[Key::txPower] = Json::Value(txPower);
+    out[Key::rxPower] = Json::Value(rxPower);
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {
-    present = root.get("present", false).asBool();
-    vendorName = zelct::stringMember(root, "vendor-name", "");
-    partNumber = zelct::stringMember(root, "part-number", "");
-    serialNumber = zelct::stringMember(root, "serial-number", "");
-    revision = zelct::stringMember(root, "revision", "");
-    connector = zelct::stringMember(root, "connector", "");
-    wavelength = root.get("wavelength", -1).asInt();
-    temperature = root.get("temperature", -1.0).asDouble();
-    supplyVoltage = root.get("supply-voltage", -1.0).asDouble();
-    txPower = root.get("tx-power", -1.0).asDouble();
-    rxPower = root.get("rx-power", -1.0).asDouble();
+    zelct::Reader in(root, moduleShape());
+    present = in.flag(Key::present, false);
+    vendorName = in.text(Key::vendorName, "");
+    partNumber = in.text(Key::partNumber, "");
+    serialNumber = in.text(Key::serialNumber, "");
+    revision = in.text(Key::revision, "");
+    connector = in.text(Key::connector, "");
+    wavelength = in.integer(Key::wavelength, -1);
+    temperature = in.real(Key::temperature, -1.0);
+    supplyVoltage = in.real(Key::supplyVoltage, -1.0);
+    txPower = in.real(Key::txPower, -1.0);
+    rxPower = in.real(Key::rxPower, -1.0);
 }

@@ -1,5 +1,6 @@
 #include "VideoFormat.h"
 
+#include "../common/JsonMember.h"
 #include "Logger.h"
 
 namespace {
@@ -343,15 +344,29 @@ int VideoFormat::getExactFramerateString(std::string& out) const {
     return kErrUnknown;
 }
 
+namespace {
+
+// The record's only key.
+constexpr std::size_t kFormat = 0;
+
+const zelct::Shape<1>& formatShape() {
+    static const zelct::Shape<1> shape({"format"});
+    return shape;
+}
+
+}  // namespace
+
 void VideoFormat::Serialize(Json::Value& root) const {
     if (format == VIDEO_FORMAT_UNDEFINED) {
         return;
     }
-    root["format"] = Json::Value(toString());
+    zelct::Writer out(root, formatShape());
+    out[kFormat] = Json::Value(toString());
 }
 
 void VideoFormat::Deserialize(Json::Value& root) {
-    const std::string text = root.get("format", "").asString();
+    zelct::Reader in(root, formatShape());
+    const std::string text = in.text(kFormat, "");
     if (text.empty()) {
         setFormat(VIDEO_FORMAT_UNDEFINED);
         return;

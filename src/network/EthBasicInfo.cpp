@@ -19,10 +19,43 @@ std::string dottedText(std::uint32_t hostOrder) {
     return text;
 }
 
+// Written and read in this order.
+struct Key {
+    enum : std::size_t { ethName, mac, linkup, ifid, ipv4, networkMask, sfp, count };
+};
+
+const zelct::Shape<Key::count>& interfaceShape() {
+    static const zelct::Shape<Key::count> shape(
+        {"eth-name", "mac", "linkup", "ifid", "ipv4", "network-mask", "sfp"});
+    return shape;
+}
+
+// The arrays are written only for a count above 0.
+struct BandwidthKey {
+    enum : std::size_t { ethCount, cpuBandwidth, linkBandwidth, count };
+};
+
+const zelct::Shape<BandwidthKey::count>& bandwidthInfoShape() {
+    static const zelct::Shape<BandwidthKey::count> shape(
+        {"ethCount", "cpuBandwidth", "linkBandwidth"},
+        {BandwidthKey::cpuBandwidth, BandwidthKey::linkBandwidth});
+    return shape;
+}
+
+struct RateKey {
+    enum : std::size_t { rx, tx, count };
+};
+
+const zelct::Shape<RateKey::count>& bandwidthShape() {
+    static const zelct::Shape<RateKey::count> shape({"rx_bandwidth_bps", "tx_bandwidth_bps"});
+    return shape;
+}
+
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
-void readAddress(const Json::Value& root, const char* key, std::uint32_t& field) {
-    const std::string text = zelct::stringMember(root, key, "");
+template <std::size_t N>
+void readAddress(zelct::Reader<N>& in, std::size_t key, std::uint32_t& field) {
+    const std::string text = in.text(key, "");
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
         Logger::log(Logger::logError, "ERR::Error parsing IP '%s': invalid IP address",
@@ -33,14 +66,16 @@ void readAddress(const Json::Value& root, const char* key, std::uint32_t& field)
 }
 
 void writeBandwidth(Json::Value& object, const EthBandwidthInfo::Bandwidth& bandwidth) {
-    object["rx_bandwidth_bps"] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
-    object["tx_bandwidth_bps"] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
+    zelct::Writer out(object, bandwidthShape());
+    out[RateKey::rx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
+    out[RateKey::tx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
 }
 
-EthBandwidthInfo::Bandwidth readBandwidth(const Json::Value& object) {
+EthBandwidthInfo::Bandwidth readBandwidth(Json::Value& object) {
+    zelct::Reader in(object, bandwidthShape());
     EthBandwidthInfo::Bandwidth bandwidth{};
-    bandwidth.rxBandwidthBps = object.get("rx_bandwidth_bps", 0).asUInt64();
-    bandwidth.txBandwidthBps = object.get("tx_bandwidth_bps", 0).asUInt64();
+    bandwidth.rxBandwidthBps = in.uinteger64(RateKey::rx, 0);
+    bandwidth.txBandwidthBps = in.uinteger64(RateKey::tx, 0);
     return bandwidth;
 }
 
@@ -54,43 +89,44 @@ std::uint32_t clampedCount(std::uint32_t count) {
 EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {}
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
-    static const zelct::ObjectShape shape{"eth-name", "mac",          "linkup", "ifid",
-                                          "ipv4",     "network-mask", "sfp"};
-    zelct::ShapedObject out(root, shape);
-    out["eth-name"] = Json::Value(ethName);
-    out["mac"] = Json::Value(mac);
-    out["linkup"] = Json::Value(linkup);
-    out["ifid"] = Json::Value(Json::UInt{ifid});
-    out["ipv4"] = Json::Value(dottedText(ipv4));
-    out["network-mask"] = Json::Value(dottedText(networkMask));
-    sfp.Serialize(out["sfp"]);
+    zelct::Writer out(root, interfaceShape());
+    out[Key::ethName] = Json::Value(ethName);
+    out[Key::mac] = Json::Value(mac);
+    out[Key::linkup] = Json::Value(linkup);
+    out[Key::ifid] = Json::Value(Json::UInt{ifid});
+    out[Key::ipv4] = Json::Value(dottedText(ipv4));
+    out[Key::networkMask] = Json::Value(dottedText(networkMask));
+    sfp.Serialize(out[Key::sfp]);
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
-    ethName = zelct::stringMember(root, "eth-name", "");
-    mac = zelct::stringMember(root, "mac", "");
-    linkup = root.get("linkup", false).asBool();
-    ifid = root.get("ifid", 0).asUInt();
-    readAddress(root, "ipv4", ipv4);
-    readAddress(root, "network-mask", networkMask);
-    sfp.Deserialize(root["sfp"]);
+    zelct::Reader in(root, interfaceShape());
+    ethName = in.text(Key::ethName, "");
+    mac = in.text(Key::mac, "");
+    linkup = in.flag(Key::linkup, false);
+    ifid = in.uinteger(Key::ifid, 0);
+    readAddress(in, Key::ipv4, ipv4);
+    readAddress(in, Key::networkMask, networkMask);
+    sfp.Deserialize(in.member(Key::sfp));
 }
 
 EthBandwidthInfo::EthBandwidthInfo() : cpuBandwidth(), linkBandwidth(), ethCount(0) {}
 
 void EthBandwidthInfo::Serialize(Json::Value& root) const {
     const std::uint32_t count = clampedCount(ethCount);
-    root["ethCount"] = Json::Value(Json::UInt{count});
+    zelct::Writer out(root, bandwidthInfoShape());
+    out[BandwidthKey::ethCount] = Json::Value(Json::UInt{count});
     for (Json::ArrayIndex i = 0; i < count; ++i) {
-        writeBandwidth(root["cpuBandwidth"][i], cpuBandwidth[i]);
-        writeBandwidth(root["linkBandwidth"][i], linkBandwidth[i]);
+        writeBandwidth(out[BandwidthKey::cpuBandwidth][i], cpuBandwidth[i]);
+        writeBandwidth(out[BandwidthKey::linkBandwidth][i], linkBandwidth[i]);
     }
 }
 
 void EthBandwidthInfo::Deserialize(Json::Value& root) {
-    ethCount = clampedCount(root.get("ethCount", 0).asUInt());
+    zelct::Reader in(root, bandwidthInfoShape());
+    ethCount = clampedCount(in.uinteger(BandwidthKey::ethCount, 0));
     for (Json::ArrayIndex i = 0; i < ethCount; ++i) {
-        cpuBandwidth[i] = readBandwidth(root["cpuBandwidth"][i]);
-        linkBandwidth[i] = readBandwidth(root["linkBandwidth"][i]);
+        cpuBandwidth[i] = readBandwidth(in.member(BandwidthKey::cpuBandwidth)[i]);
+        linkBandwidth[i] = readBandwidth(in.member(BandwidthKey::linkBandwidth)[i]);
     }
 }

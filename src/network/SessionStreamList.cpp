@@ -1,61 +1,70 @@
 #include "SessionStreamList.h"
 
-#include <utility>
-
 #include "../common/JsonMember.h"
 
 SessionStreamBasics::SessionStreamBasics() : session(0), stream(0), streamHwId(0), remoteSid(0) {}
 
 namespace {
 
-// Read back in the same order, all but "remote-sid-str".
-const zelct::ObjectShape& recordShape() {
-    static const zelct::ObjectShape shape{
-        "stream",     "stream-hw-id",   "session",        "name", "stream-name",
-        "remote-sid", "remote-sid-str", "redundant-type", "type", "state"};
+// Read back in the same order, all but "remote-sid-str". The type and the state are written
+// by name into the record's own object.
+struct Key {
+    enum : std::size_t {
+        stream,
+        streamHwId,
+        session,
+        name,
+        streamName,
+        remoteSid,
+        remoteSidStr,
+        redundantType,
+        type,
+        state,
+        count
+    };
+};
+
+const zelct::Shape<Key::count>& recordShape() {
+    static const zelct::Shape<Key::count> shape({"stream", "stream-hw-id", "session", "name",
+                                                 "stream-name", "remote-sid", "remote-sid-str",
+                                                 "redundant-type", "type", "state"});
     return shape;
 }
 
 }  // namespace
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
-    zelct::ShapedObject out(root, recordShape());
-    out["stream"] = Json::Value(static_cast<Json::UInt64>(stream));
-    out["stream-hw-id"] = Json::Value(static_cast<Json::UInt>(streamHwId));
-    out["session"] = Json::Value(static_cast<Json::UInt64>(session));
-    out["name"] = Json::Value(name);
-    out["stream-name"] = Json::Value(streamName);
-    out["remote-sid"] = Json::Value(static_cast<Json::UInt64>(remoteSid));
-    out["remote-sid-str"] = Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
-    out["redundant-type"] = Json::Value(redundantType);
-    out["type"] = Json::Value(type.getName());
-    out["state"] = Json::Value(state.getName());
+    zelct::Writer out(root, recordShape());
+    out[Key::stream] = Json::Value(static_cast<Json::UInt64>(stream));
+    out[Key::streamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
+    out[Key::session] = Json::Value(static_cast<Json::UInt64>(session));
+    out[Key::name] = Json::Value(name);
+    out[Key::streamName] = Json::Value(streamName);
+    out[Key::remoteSid] = Json::Value(static_cast<Json::UInt64>(remoteSid));
+    out[Key::remoteSidStr] =
+        Json::Value(std::to_string(static_cast<unsigned long long>(remoteSid)));
+    out[Key::redundantType] = Json::Value(redundantType);
+    out[Key::type] = Json::Value(type.getName());
+    out[Key::state] = Json::Value(state.getName());
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    zelct::ShapedReader in(root, recordShape());
-    stream = zelct::uint64Member(in, "stream", 0);
-    streamHwId = static_cast<uint32_t>(zelct::uint64Member(in, "stream-hw-id", 0));
-    session = zelct::uint64Member(in, "session", 0);
-    name = zelct::stringMember(in, "name", "");
-    streamName = zelct::stringMember(in, "stream-name", "");
-    remoteSid = zelct::uint64Member(in, "remote-sid", 0);
-    redundantType = zelct::stringMember(in, "redundant-type", "none");
-    type.setName(zelct::stringMember(in, "type", ""));
-    state.setName(zelct::stringMember(in, "state", ""));
+    zelct::Reader in(root, recordShape());
+    stream = in.uinteger64(Key::stream, 0);
+    streamHwId = static_cast<uint32_t>(in.uinteger64(Key::streamHwId, 0));
+    session = in.uinteger64(Key::session, 0);
+    name = in.text(Key::name, "");
+    streamName = in.text(Key::streamName, "");
+    remoteSid = in.uinteger64(Key::remoteSid, 0);
+    redundantType = in.text(Key::redundantType, "none");
+    type.setName(in.text(Key::type, ""));
+    state.setName(in.text(Key::state, ""));
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {
-    Json::ArrayIndex i = 0;
-    for (const SessionStreamBasics& record : streams) {
-        record.Serialize(root[i++]);
-    }
+    zelct::writeElements(streams, root);
 }
 
 void SessionStreamList::Deserialize(Json::Value& root) {
-    for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
-        SessionStreamBasics record;
-        record.Deserialize(root[i]);
-        streams.push_back(std::move(record));
-    }
+    zelct::appendList(root, streams);
 }

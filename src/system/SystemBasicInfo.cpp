@@ -1,7 +1,5 @@
 #include "SystemBasicInfo.h"
 
-#include <utility>
-
 #include "../common/JsonMember.h"
 
 namespace {
@@ -9,69 +7,64 @@ namespace {
 // Only this board carries a main-board record in its document; compared exactly.
 const char* const kMainBoardProduct = "TARVIK";
 
-// A member record written into an object of its own.
-template <typename Record>
-Json::Value objectOf(const Record& record) {
-    Json::Value object(Json::objectValue);
-    record.Serialize(object);
-    return object;
-}
+// Written in this order; read in another, kept as it is. "eth", "product-info" and "errors"
+// are written only at times; the capabilities write their own member into the object.
+struct Key {
+    enum : std::size_t {
+        fwVersion,
+        fwDate,
+        product,
+        bitstream,
+        chipidName,
+        chipidVersion,
+        serialNumber,
+        madiLock,
+        eth,
+        rtsp,
+        advertisement,
+        temperature,
+        fanSpeed,
+        cpuLoadavg,
+        productInfo,
+        errors,
+        count
+    };
+};
 
-// An empty list leaves no member behind: readers take a missing list as an empty one.
-template <typename Record>
-void writeList(Json::Value& root, const char* key, const std::list<Record>& list) {
-    if (list.empty()) {
-        return;
-    }
-    Json::Value array(Json::arrayValue);
-    for (const Record& record : list) {
-        array.append(objectOf(record));
-    }
-    root[key] = std::move(array);
-}
-
-// The document replaces the list; it does not add to it.
-template <typename Record>
-void readList(Json::Value& array, std::list<Record>& list) {
-    list.clear();
-    for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
-        Record record;
-        record.Deserialize(array[i]);
-        list.push_back(std::move(record));
-    }
+const zelct::Shape<Key::count>& boardShape() {
+    static const zelct::Shape<Key::count> shape(
+        {"fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
+         "serial-number", "madi-lock", "eth", "rtsp", "advertisement", "temperature", "fan-speed",
+         "cpu-loadavg", "product-info", "errors"},
+        {Key::eth, Key::productInfo, Key::errors});
+    return shape;
 }
 
 }  // namespace
 
 SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 
+// The member records are set whole; the lists are written element by element.
 void SystemBasicInfo::Serialize(Json::Value& root) const {
-    // "eth", "errors" and "product-info" are written only at times, so they are not part of
-    // the shape; "deviceCapabilities" is written by the capabilities themselves.
-    static const zelct::ObjectShape shape{"fw-version",    "fw-date",           "product",
-                                          "bitstream",     "chipid-name",       "chipid-version",
-                                          "serial-number", "madi-lock",         "rtsp",
-                                          "advertisement", "temperature",       "fan-speed",
-                                          "cpu-loadavg",   "deviceCapabilities"};
-    zelct::ShapedObject out(root, shape);
-    out["fw-version"] = Json::Value(fwVersion);
-    out["fw-date"] = Json::Value(fwDate);
-    out["product"] = Json::Value(product);
-    out["bitstream"] = Json::Value(bitstream);
-    out["chipid-name"] = Json::Value(chipidName);
-    out["chipid-version"] = Json::Value(chipidVersion);
-    out["serial-number"] = Json::Value(serialNumber);
-    out["madi-lock"] = Json::Value(madiLock);
-    writeList(root, "eth", eth);
-    out["rtsp"] = objectOf(rtsp);
-    out["advertisement"] = objectOf(advertisement);
-    out["temperature"] = objectOf(temperature);
-    out["fan-speed"] = objectOf(fanSpeed);
-    out["cpu-loadavg"] = objectOf(cpuLoadavg);
+    zelct::Writer out(root, boardShape());
+    out[Key::fwVersion] = Json::Value(fwVersion);
+    out[Key::fwDate] = Json::Value(fwDate);
+    out[Key::product] = Json::Value(product);
+    out[Key::bitstream] = Json::Value(bitstream);
+    out[Key::chipidName] = Json::Value(chipidName);
+    out[Key::chipidVersion] = Json::Value(chipidVersion);
+    out[Key::serialNumber] = Json::Value(serialNumber);
+    out[Key::madiLock] = Json::Value(madiLock);
+    zelct::writeListMember(eth, out, Key::eth);
+    out[Key::rtsp] = zelct::written(rtsp);
+    out[Key::advertisement] = zelct::written(advertisement);
+    out[Key::temperature] = zelct::written(temperature);
+    out[Key::fanSpeed] = zelct::written(fanSpeed);
+    out[Key::cpuLoadavg] = zelct::written(cpuLoadavg);
     if (product == kMainBoardProduct) {
-        root["product-info"] = objectOf(productInfo);
+        out[Key::productInfo] = zelct::written(productInfo);
     }
-    writeList(root, "errors", errors);
+    zelct::writeListMember(errors, out, Key::errors);
     deviceCapabilities.Serialize(root);
 }
 
@@ -79,21 +72,22 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // "NA", and "product-info" is read whatever the product, so a board other than "TARVIK"
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
-    fwVersion = zelct::stringMember(root, "fw-version", "");
-    fwDate = zelct::stringMember(root, "fw-date", "");
-    product = zelct::stringMember(root, "product", "");
-    bitstream = zelct::stringMember(root, "bitstream", "");
-    rtsp.Deserialize(root["rtsp"]);
-    advertisement.Deserialize(root["advertisement"]);
-    chipidName = zelct::stringMember(root, "chipid-name", "");
-    chipidVersion = zelct::stringMember(root, "chipid-version", "");
-    serialNumber = zelct::stringMember(root, "serial-number", "NA");
-    madiLock = root.get("madi-lock", false).asBool();
-    readList(root["eth"], eth);
-    temperature.Deserialize(root["temperature"]);
-    fanSpeed.Deserialize(root["fan-speed"]);
-    productInfo.Deserialize(root["product-info"]);
-    cpuLoadavg.Deserialize(root["cpu-loadavg"]);
-    readList(root["errors"], errors);
+    zelct::Reader in(root, boardShape());
+    fwVersion = in.text(Key::fwVersion, "");
+    fwDate = in.text(Key::fwDate, "");
+    product = in.text(Key::product, "");
+    bitstream = in.text(Key::bitstream, "");
+    rtsp.Deserialize(in.member(Key::rtsp));
+    advertisement.Deserialize(in.member(Key::advertisement));
+    chipidName = in.text(Key::chipidName, "");
+    chipidVersion = in.text(Key::chipidVersion, "");
+    serialNumber = in.text(Key::serialNumber, "NA");
+    madiLock = in.flag(Key::madiLock, false);
+    zelct::replaceList(in.member(Key::eth), eth);
+    temperature.Deserialize(in.member(Key::temperature));
+    fanSpeed.Deserialize(in.member(Key::fanSpeed));
+    productInfo.Deserialize(in.member(Key::productInfo));
+    cpuLoadavg.Deserialize(in.member(Key::cpuLoadavg));
+    zelct::replaceList(in.member(Key::errors), errors);
     deviceCapabilities.Deserialize(root);
 }

@@ -1,7 +1,7 @@
 #include "TarvikInfo.h"
 
 #include <cstddef>
-#include <utility>
+#include <iterator>
 
 #include "../common/JsonMember.h"
 
@@ -11,15 +11,15 @@ namespace {
 constexpr int kUnknown = -1;
 constexpr int kUnknownTemperature = 65535;
 
-template <typename Record>
-struct IntField {
+template <typename Record, typename Field>
+struct Member {
     const char* key;
-    int Record::*field;
+    Field Record::*field;
 };
 
 // Written and read in this order.
 // clang-format off
-constexpr IntField<DaughterBoard> kDaughterBoardFields[] = {
+constexpr Member<DaughterBoard, int> kDaughterBoardFields[] = {
     {"id", &DaughterBoard::id},
     {"current", &DaughterBoard::current},
     {"voltage", &DaughterBoard::voltage},
@@ -28,10 +28,9 @@ constexpr IntField<DaughterBoard> kDaughterBoardFields[] = {
     {"variant", &DaughterBoard::variant},
     {"issue", &DaughterBoard::issue},
 };
-// clang-format on
 
-// Written and read in this order; "daughter-card" follows them.
-constexpr IntField<TarvikInfo> kTarvikFields[] = {
+// Written and read in this order; "daughter-card", the last key of the shape, follows them.
+constexpr Member<TarvikInfo, int> kTarvikFields[] = {
     {"fan-speed", &TarvikInfo::fanSpeed},
     {"slot-number", &TarvikInfo::slotNumber},
     {"voltage", &TarvikInfo::voltage},
@@ -44,36 +43,82 @@ constexpr IntField<TarvikInfo> kTarvikFields[] = {
     {"base-rev-issue", &TarvikInfo::baseRevIssue},
 };
 
-struct DoubleField {
-    const char* key;
-    double CpuLoadAverage::*field;
-};
-
-constexpr DoubleField kLoadAverageFields[] = {
+constexpr Member<CpuLoadAverage, double> kLoadAverageFields[] = {
     {"load-average-1min", &CpuLoadAverage::loadAverage1min},
     {"load-average-5min", &CpuLoadAverage::loadAverage5min},
     {"load-average-15min", &CpuLoadAverage::loadAverage15min},
 };
+// clang-format on
 
-template <typename Record, std::size_t N>
-void setAllUnknown(Record& record, const IntField<Record> (&fields)[N]) {
+template <typename Record, typename Field, std::size_t N>
+void setAllUnknown(Record& record, const Member<Record, Field> (&fields)[N]) {
     for (const auto& f : fields) {
         record.*f.field = kUnknown;
     }
 }
 
-template <typename Record, std::size_t N>
-void writeInts(const Record& record, const IntField<Record> (&fields)[N], Json::Value& root) {
-    for (const auto& f : fields) {
-        root[f.key] = Json::Value(record.*f.field);
+// Row i of a table is key i of the record's shape.
+template <typename Record, typename Field, std::size_t N, std::size_t K>
+void writeFields(const Record& record, const Member<Record, Field> (&fields)[N],
+                 zelct::Writer<K>& out) {
+    for (std::size_t i = 0; i < N; ++i) {
+        out[i] = Json::Value(record.*fields[i].field);
     }
 }
 
-template <typename Record, std::size_t N>
-void readInts(Record& record, const IntField<Record> (&fields)[N], const Json::Value& root) {
-    for (const auto& f : fields) {
-        record.*f.field = root.get(f.key, kUnknown).asInt();
+// The default is the integer -1, which the conversion widens for the load averages.
+template <typename Record, std::size_t N, std::size_t K>
+void readFields(Record& record, const Member<Record, int> (&fields)[N], zelct::Reader<K>& in) {
+    for (std::size_t i = 0; i < N; ++i) {
+        record.*fields[i].field = in.integer(i, kUnknown);
     }
+}
+
+template <typename Record, std::size_t N, std::size_t K>
+void readFields(Record& record, const Member<Record, double> (&fields)[N], zelct::Reader<K>& in) {
+    for (std::size_t i = 0; i < N; ++i) {
+        record.*fields[i].field = in.real(i, kUnknown);
+    }
+}
+
+// The shapes of the records of one member, and their only key.
+constexpr std::size_t kOnly = 0;
+
+const zelct::Shape<1>& temperatureShape() {
+    static const zelct::Shape<1> shape({"fpga"});
+    return shape;
+}
+
+const zelct::Shape<1>& fanShape() {
+    static const zelct::Shape<1> shape({"main"});
+    return shape;
+}
+
+constexpr std::size_t kBoardFields = std::size(kTarvikFields);
+constexpr std::size_t kDaughterCard = kBoardFields;
+
+const zelct::Shape<std::size(kDaughterBoardFields)>& daughterBoardShape() {
+    static const auto shape = zelct::shapeOfRows(kDaughterBoardFields);
+    return shape;
+}
+
+const zelct::Shape<kBoardFields + 1>& tarvikShape() {
+    static const auto shape = zelct::shapeOfRows(kTarvikFields, "daughter-card");
+    return shape;
+}
+
+const zelct::Shape<std::size(kLoadAverageFields)>& loadAverageShape() {
+    static const auto shape = zelct::shapeOfRows(kLoadAverageFields);
+    return shape;
+}
+
+struct ErrorKey {
+    enum : std::size_t { code, description, count };
+};
+
+const zelct::Shape<ErrorKey::count>& errorShape() {
+    static const zelct::Shape<ErrorKey::count> shape({"code", "description"});
+    return shape;
 }
 
 }  // namespace
@@ -81,21 +126,25 @@ void readInts(Record& record, const IntField<Record> (&fields)[N], const Json::V
 SystemTemperature::SystemTemperature() : fpga(kUnknownTemperature) {}
 
 void SystemTemperature::Serialize(Json::Value& root) const {
-    root["fpga"] = Json::Value(fpga);
+    zelct::Writer out(root, temperatureShape());
+    out[kOnly] = Json::Value(fpga);
 }
 
 void SystemTemperature::Deserialize(Json::Value& root) {
-    fpga = root.get("fpga", kUnknownTemperature).asInt();
+    zelct::Reader in(root, temperatureShape());
+    fpga = in.integer(kOnly, kUnknownTemperature);
 }
 
 FanSpeed::FanSpeed() : main(kUnknown) {}
 
 void FanSpeed::Serialize(Json::Value& root) const {
-    root["main"] = Json::Value(main);
+    zelct::Writer out(root, fanShape());
+    out[kOnly] = Json::Value(main);
 }
 
 void FanSpeed::Deserialize(Json::Value& root) {
-    main = root.get("main", kUnknown).asInt();
+    zelct::Reader in(root, fanShape());
+    main = in.integer(kOnly, kUnknown);
 }
 
 DaughterBoard::DaughterBoard() : IJsonSerializable() {
@@ -103,11 +152,13 @@ DaughterBoard::DaughterBoard() : IJsonSerializable() {
 }
 
 void DaughterBoard::Serialize(Json::Value& root) const {
-    writeInts(*this, kDaughterBoardFields, root);
+    zelct::Writer out(root, daughterBoardShape());
+    writeFields(*this, kDaughterBoardFields, out);
 }
 
 void DaughterBoard::Deserialize(Json::Value& root) {
-    readInts(*this, kDaughterBoardFields, root);
+    zelct::Reader in(root, daughterBoardShape());
+    readFields(*this, kDaughterBoardFields, in);
 }
 
 TarvikInfo::TarvikInfo() : IJsonSerializable() {
@@ -115,46 +166,41 @@ TarvikInfo::TarvikInfo() : IJsonSerializable() {
 }
 
 void TarvikInfo::Serialize(Json::Value& root) const {
-    writeInts(*this, kTarvikFields, root);
-    Json::Value card(Json::objectValue);
-    daughterCard.Serialize(card);
-    root["daughter-card"] = std::move(card);
+    zelct::Writer out(root, tarvikShape());
+    writeFields(*this, kTarvikFields, out);
+    out[kDaughterCard] = zelct::written(daughterCard);
 }
 
 void TarvikInfo::Deserialize(Json::Value& root) {
-    readInts(*this, kTarvikFields, root);
-    daughterCard.Deserialize(root["daughter-card"]);
+    zelct::Reader in(root, tarvikShape());
+    readFields(*this, kTarvikFields, in);
+    daughterCard.Deserialize(in.member(kDaughterCard));
 }
 
 CpuLoadAverage::CpuLoadAverage() : IJsonSerializable() {
-    for (const auto& f : kLoadAverageFields) {
-        this->*f.field = kUnknown;
-    }
+    setAllUnknown(*this, kLoadAverageFields);
 }
 
 void CpuLoadAverage::Serialize(Json::Value& root) const {
-    for (const auto& f : kLoadAverageFields) {
-        root[f.key] = Json::Value(this->*f.field);
-    }
+    zelct::Writer out(root, loadAverageShape());
+    writeFields(*this, kLoadAverageFields, out);
 }
 
-// The default is the integer -1, widened to -1.0 by the conversion.
 void CpuLoadAverage::Deserialize(Json::Value& root) {
-    for (const auto& f : kLoadAverageFields) {
-        this->*f.field = root.get(f.key, kUnknown).asDouble();
-    }
+    zelct::Reader in(root, loadAverageShape());
+    readFields(*this, kLoadAverageFields, in);
 }
 
 SystemError::SystemError() : code(kUnknown) {}
 
 void SystemError::Serialize(Json::Value& root) const {
-    static const zelct::ObjectShape shape{"code", "description"};
-    zelct::ShapedObject out(root, shape);
-    out["code"] = Json::Value(code);
-    out["description"] = Json::Value(description);
+    zelct::Writer out(root, errorShape());
+    out[ErrorKey::code] = Json::Value(code);
+    out[ErrorKey::description] = Json::Value(description);
 }
 
 void SystemError::Deserialize(Json::Value& root) {
-    code = root.get("code", kUnknown).asInt();
-    description = zelct::stringMember(root, "description", "");
+    zelct::Reader in(root, errorShape());
+    code = in.integer(ErrorKey::code, kUnknown);
+    description = in.text(ErrorKey::description, "");
 }
