@@ -424,6 +424,9 @@ private:
             }
         }
         for (auto& element : byElement) {
+            if (answeredFromPatterns(element.second)) {
+                continue;  // nothing left that needs the element read alone
+            }
             Scope scope;
             if (readsAlone(element.first, understood, scope)) {
                 answerInScope(scope, element.second);
@@ -474,12 +477,7 @@ private:
     // matters are split. Past the budget of exact work, questions whose pattern (the path
     // without its indices) has had the same answer a few times take that answer.
     void answerGroup(const Scope& scope, std::vector<size_t> items) {
-        if (work_ > exactWork_) {
-            items.erase(std::remove_if(items.begin(), items.end(),
-                                       [&](size_t i) { return answerFromPattern(i); }),
-                        items.end());
-        }
-        if (items.empty()) {
+        if (answeredFromPatterns(items)) {
             return;
         }
         const bool noticed = questions_[items[0]].kind == Question::Kind::Empty
@@ -551,6 +549,17 @@ private:
                     ? std::string(jsonTypeText(*question.original))
                     : std::string("empty")) +
                " " + patternText(question.path);
+    }
+
+    // Past the budget of exact work, takes the answers that patterns give; true when no
+    // question is left.
+    bool answeredFromPatterns(std::vector<size_t>& items) {
+        if (work_ > exactWork_) {
+            items.erase(std::remove_if(items.begin(), items.end(),
+                                       [&](size_t i) { return answerFromPattern(i); }),
+                        items.end());
+        }
+        return items.empty();
     }
 
     bool answerFromPattern(size_t i) {
