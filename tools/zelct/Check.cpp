@@ -293,6 +293,8 @@ struct Scope {
     bool local = false;
     Json::ArrayIndex element = 0;  // of a local scope
     Reading alone;                 // the reading of the element alone, for a local scope
+    bool assumed = false;          // `alone` taken from the whole reading, not yet read
+    bool notLocal = false;         // the element turned out to read otherwise alone
     const Reading* baseline = nullptr;
     size_t nodes = 0;
 };
@@ -428,9 +430,8 @@ private:
                 continue;  // nothing left that needs the element read alone
             }
             Scope scope;
-            if (readsAlone(element.first, understood, scope)) {
-                answerInScope(scope, element.second);
-            } else {
+            if (!readsAlone(element.first, understood, scope) ||
+                !answerInScope(scope, element.second)) {
                 whole.insert(whole.end(), element.second.begin(), element.second.end());
             }
         }
@@ -453,6 +454,15 @@ private:
         scope.local = true;
         scope.element = index;
         scope.nodes = nodeCount(document_[index]) + 1;
+        if (baseline_.log.empty()) {
+            // What the element reads as in the list, taken for what it reads as alone until a
+            // perturbed reading differs from it; only then is it read alone to be sure.
+            scope.alone.understood = Json::Value(Json::arrayValue);
+            scope.alone.understood.append(understood[index]);
+            scope.baseline = &scope.alone;
+            scope.assumed = true;
+            return true;
+        }
         Json::Value copy = copyOf(scope);
         scope.alone = readInPlace(kind_, copy);
         scope.baseline = &scope.alone;
@@ -462,7 +472,9 @@ private:
                sameValue(alone[0], understood[index]);
     }
 
-    void answerInScope(const Scope& scope, const std::vector<size_t>& items) {
+    // False when the scope's element turned out not to read alone as in the list: its
+    // questions are then asked of the whole document.
+    bool answerInScope(Scope& scope, const std::vector<size_t>& items) {
         std::vector<size_t> reads;
         std::vector<size_t> empties;
         for (size_t i : items) {
@@ -470,14 +482,15 @@ private:
         }
         answerGroup(scope, reads);
         answerGroup(scope, empties);
+        return !scope.notLocal;
     }
 
     // Perturbs the whole group at once: when the reading does not notice, no node of it
     // matters; when it does, each half is asked again, so only groups holding a node that
     // matters are split. Past the budget of exact work, questions whose pattern (the path
     // without its indices) has had the same answer a few times take that answer.
-    void answerGroup(const Scope& scope, std::vector<size_t> items) {
-        if (answeredFromPatterns(items)) {
+    void answerGroup(Scope& scope, std::vector<size_t> items) {
+        if (scope.notLocal || answeredFromPatterns(items)) {
             return;
         }
         const bool noticed = questions_[items[0]].kind == Question::Kind::Empty
@@ -515,7 +528,7 @@ private:
         return scoped;
     }
 
-    bool notices(const Scope& scope, const std::vector<size_t>& items, Perturbation how) {
+    bool notices(Scope& scope, const std::vector<size_t>& items, Perturbation how) {
         Json::Value perturbed = copyOf(scope);
         bool changed = false;
         // From the last node back, so that cutting off the last elements of an array leaves
@@ -541,7 +554,16 @@ private:
             return false;
         }
         work_ += scope.nodes;
-        return !sameReading(readInPlace(kind_, perturbed), *scope.baseline);
+        if (sameReading(readInPlace(kind_, perturbed), *scope.baseline)) {
+            return false;
+        }
+        if (scope.assumed) {
+            scope.assumed = false;
+            Json::Value copy = copyOf(scope);
+            work_ += scope.nodes;
+            scope.notLocal = !sameReading(readInPlace(kind_, copy), scope.alone);
+        }
+        return true;
     }
 
     std::string patternOf(const Question& question) const {
