@@ -136,8 +136,7 @@ public:
           understood_(understood),
           partner_(original.size(), -1),
           taken_(understood.size(), false) {
-        pairEqualInPlace();
-        pairNearlyEqualInPlace();
+        pairInPlace();
         if (static_cast<size_t>(original.size()) * understood.size() <= kPairingBudget) {
             pairEqualElsewhere();
             pairMostAlike();
@@ -161,20 +160,15 @@ private:
         taken_[j] = true;
     }
 
-    void pairEqualInPlace() {
+    // An element equal to the one in its place, or an object that differs from it by one
+    // member at most (a value the library changed, a member it dropped or added), is that
+    // element, whatever a search across the list would find; rows of a long table mostly pair
+    // here, cheaply.
+    void pairInPlace() {
         for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
-            if (sameValue(original_[i], understood_[i])) {
-                pair(i, i);
-            }
-        }
-    }
-
-    // An element that differs from the one in its place by one member at most (a value the
-    // library changed, a member it dropped or added) is that element, whatever a search
-    // across the list would find; rows of a long table mostly pair here, cheaply.
-    void pairNearlyEqualInPlace() {
-        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
-            if (partner_[i] < 0 && !taken_[i] && nearlyEqual(original_[i], understood_[i])) {
+            const Json::Value& a = original_[i];
+            const Json::Value& b = understood_[i];
+            if (a.isObject() && b.isObject() ? nearlyEqual(a, b) : sameValue(a, b)) {
                 pair(i, i);
             }
         }
@@ -336,21 +330,30 @@ private:
         }
     }
 
+    // jsoncpp keeps an object's members ordered by name, byte by byte, so both objects are
+    // walked side by side in that order without looking names up.
     void walkMembers(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
-        std::set<std::string> names;
-        for (const std::string& name : original.getMemberNames()) {
-            names.insert(name);
-        }
-        for (const std::string& name : understood.getMemberNames()) {
-            names.insert(name);
-        }
-        for (const std::string& name : names) {
-            const Json::Value* inOriginal = original.find(name.data(), name.data() + name.size());
-            const Json::Value* inUnderstood =
-                understood.find(name.data(), name.data() + name.size());
-            path.push_back(PathStep::member(name));
-            visit(inOriginal, inUnderstood, path);
+        auto inOriginal = original.begin();
+        auto inUnderstood = understood.begin();
+        while (inOriginal != original.end() || inUnderstood != understood.end()) {
+            const bool originalLeft = inOriginal != original.end();
+            const bool understoodLeft = inUnderstood != understood.end();
+            const std::string originalName = originalLeft ? inOriginal.name() : std::string();
+            const std::string understoodName = understoodLeft ? inUnderstood.name() : std::string();
+            const bool takeOriginal =
+                originalLeft && (!understoodLeft || originalName <= understoodName);
+            const bool takeUnderstood =
+                understoodLeft && (!originalLeft || understoodName <= originalName);
+            path.push_back(PathStep::member(takeOriginal ? originalName : understoodName));
+            visit(takeOriginal ? &*inOriginal : nullptr, takeUnderstood ? &*inUnderstood : nullptr,
+                  path);
             path.pop_back();
+            if (takeOriginal) {
+                ++inOriginal;
+            }
+            if (takeUnderstood) {
+                ++inUnderstood;
+            }
         }
     }
 
