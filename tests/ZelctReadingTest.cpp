@@ -274,6 +274,18 @@ TEST_F(ZelctReadingTest, MemberNameNotUtf8IsATrapAtTheName) {
     EXPECT_EQ(pointerText(traps[0].path), "/b\xFF");
 }
 
+TEST_F(ZelctReadingTest, EscapedLoneSurrogateIsNotUtf8AndWrittenBackAsAReplacement) {
+    const std::string text =
+        replaced(kCleanSfp, "\"FS\"", "\"F\\udc00S\"");             // "F\udc00S" in the file
+    EXPECT_EQ(trapsOf("[\"\\u00e9 \\ud83c\\udfb5\"]").size(), 0u);  // é and a pair are fine
+    const Outcome outcome = checkText(text);
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(outcome.findings[0].type, Finding::Type::NotUtf8);
+    EXPECT_EQ(outcome.findings[0].understood, "\"F\\ufffdS\"");
+    EXPECT_EQ(outcome.findings[0].line, 11);
+    EXPECT_EQ(outcome.findings[0].column, 18);
+}
+
 TEST_F(ZelctReadingTest, Utf8ValidityFollowsTheStandard) {
     const auto valid = [](const std::string& bytes) {
         return isValidUtf8(bytes.data(), bytes.data() + bytes.size());

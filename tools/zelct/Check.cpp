@@ -143,8 +143,7 @@ public:
           understood_(understood),
           partner_(original.size(), -1),
           taken_(understood.size(), false) {
-        pairEqualInPlace();
-        pairNearlyEqualInPlace();
+        pairInPlace();
         if (static_cast<size_t>(original.size()) * understood.size() <= kPairingBudget) {
             pairEqualElsewhere();
             pairMostAlike();
@@ -168,20 +167,15 @@ private:
         taken_[j] = true;
     }
 
-    void pairEqualInPlace() {
+    // An element equal to the one in its place, or an object that differs from it by one
+    // member at most (a value the library changed, a member it dropped or added), is that
+    // element, whatever a search across the list would find; rows of a long table mostly pair
+    // here, cheaply.
+    void pairInPlace() {
         for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
-            if (sameValue(original_[i], understood_[i])) {
-                pair(i, i);
-            }
-        }
-    }
-
-    // An element that differs from the one in its place by one member at most (a value the
-    // library changed, a member it dropped or added) is that element, whatever a search
-    // across the list would find; rows of a long table mostly pair here, cheaply.
-    void pairNearlyEqualInPlace() {
-        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
-            if (partner_[i] < 0 && !taken_[i] && nearlyEqual(original_[i], understood_[i])) {
+            const Json::Value& a = original_[i];
+            const Json::Value& b = understood_[i];
+            if (a.isObject() && b.isObject() ? nearlyEqual(a, b) : sameValue(a, b)) {
                 pair(i, i);
             }
         }
@@ -300,6 +294,8 @@ struct Scope {
     bool local = false;
     Json::ArrayIndex element = 0;  // of a local scope
     Reading alone;                 // the reading of the element alone, for a local scope
+    bool assumed = false;          // `alone` taken from the whole reading, not yet read
+    bool notLocal = false;         // the element turned out to read otherwise alone
     const Reading* baseline = nullptr;
     size_t nodes = 0;
 };
@@ -341,21 +337,30 @@ private:
         }
     }
 
+    // jsoncpp keeps an object's members ordered by name, byte by byte, so both objects are
+    // walked side by side in that order without looking names up.
     void walkMembers(const Json::Value& original, const Json::Value& understood, JsonPath& path) {
-        std::set<std::string> names;
-        for (const std::string& name : original.getMemberNames()) {
-            names.insert(name);
-        }
-        for (const std::string& name : understood.getMemberNames()) {
-            names.insert(name);
-        }
-        for (const std::string& name : names) {
-            const Json::Value* inOriginal = original.find(name.data(), name.data() + name.size());
-            const Json::Value* inUnderstood =
-                understood.find(name.data(), name.data() + name.size());
-            path.push_back(PathStep::member(name));
-            visit(inOriginal, inUnderstood, path);
+        auto inOriginal = original.begin();
+        auto inUnderstood = understood.begin();
+        while (inOriginal != original.end() || inUnderstood != understood.end()) {
+            const bool originalLeft = inOriginal != original.end();
+            const bool understoodLeft = inUnderstood != understood.end();
+            const std::string originalName = originalLeft ? inOriginal.name() : std::string();
+            const std::string understoodName = understoodLeft ? inUnderstood.name() : std::string();
+            const bool takeOriginal =
+                originalLeft && (!understoodLeft || originalName <= understoodName);
+            const bool takeUnderstood =
+                understoodLeft && (!originalLeft || understoodName <= originalName);
+            path.push_back(PathStep::member(takeOriginal ? originalName : understoodName));
+            visit(takeOriginal ? &*inOriginal : nullptr, takeUnderstood ? &*inUnderstood : nullptr,
+                  path);
             path.pop_back();
+            if (takeOriginal) {
+                ++inOriginal;
+            }
+            if (takeUnderstood) {
+                ++inUnderstood;
+            }
         }
     }
 
@@ -431,10 +436,12 @@ private:
             }
         }
         for (auto& element : byElement) {
+            if (answeredFromPatterns(element.second)) {
+                continue;  // nothing left that needs the element read alone
+            }
             Scope scope;
-            if (readsAlone(element.first, understood, scope)) {
-                answerInScope(scope, element.second);
-            } else {
+            if (!readsAlone(element.first, understood, scope) ||
+                !answerInScope(scope, element.second)) {
                 whole.insert(whole.end(), element.second.begin(), element.second.end());
             }
         }
@@ -457,6 +464,15 @@ private:
         scope.local = true;
         scope.element = index;
         scope.nodes = nodeCount(document_[index]) + 1;
+        if (baseline_.log.empty()) {
+            // What the element reads as in the list, taken for what it reads as alone until a
+            // perturbed reading differs from it; only then is it read alone to be sure.
+            scope.alone.understood = Json::Value(Json::arrayValue);
+            scope.alone.understood.append(understood[index]);
+            scope.baseline = &scope.alone;
+            scope.assumed = true;
+            return true;
+        }
         Json::Value copy = copyOf(scope);
         scope.alone = readInPlace(kind_, copy);
         scope.baseline = &scope.alone;
@@ -466,7 +482,9 @@ private:
                sameValue(alone[0], understood[index]);
     }
 
-    void answerInScope(const Scope& scope, const std::vector<size_t>& items) {
+    // False when the scope's element turned out not to read alone as in the list: its
+    // questions are then asked of the whole document.
+    bool answerInScope(Scope& scope, const std::vector<size_t>& items) {
         std::vector<size_t> reads;
         std::vector<size_t> empties;
         for (size_t i : items) {
@@ -474,19 +492,15 @@ private:
         }
         answerGroup(scope, reads);
         answerGroup(scope, empties);
+        return !scope.notLocal;
     }
 
     // Perturbs the whole group at once: when the reading does not notice, no node of it
     // matters; when it does, each half is asked again, so only groups holding a node that
     // matters are split. Past the budget of exact work, questions whose pattern (the path
     // without its indices) has had the same answer a few times take that answer.
-    void answerGroup(const Scope& scope, std::vector<size_t> items) {
-        if (work_ > exactWork_) {
-            items.erase(std::remove_if(items.begin(), items.end(),
-                                       [&](size_t i) { return answerFromPattern(i); }),
-                        items.end());
-        }
-        if (items.empty()) {
+    void answerGroup(Scope& scope, std::vector<size_t> items) {
+        if (scope.notLocal || answeredFromPatterns(items)) {
             return;
         }
         const bool noticed = questions_[items[0]].kind == Question::Kind::Empty
@@ -524,7 +538,7 @@ private:
         return scoped;
     }
 
-    bool notices(const Scope& scope, const std::vector<size_t>& items, Perturbation how) {
+    bool notices(Scope& scope, const std::vector<size_t>& items, Perturbation how) {
         Json::Value perturbed = copyOf(scope);
         bool changed = false;
         // From the last node back, so that cutting off the last elements of an array leaves
@@ -550,7 +564,16 @@ private:
             return false;
         }
         work_ += scope.nodes;
-        return !sameReading(readInPlace(kind_, perturbed), *scope.baseline);
+        if (sameReading(readInPlace(kind_, perturbed), *scope.baseline)) {
+            return false;
+        }
+        if (scope.assumed) {
+            scope.assumed = false;
+            Json::Value copy = copyOf(scope);
+            work_ += scope.nodes;
+            scope.notLocal = !sameReading(readInPlace(kind_, copy), scope.alone);
+        }
+        return true;
     }
 
     std::string patternOf(const Question& question) const {
@@ -558,6 +581,17 @@ private:
                     ? std::string(jsonTypeText(*question.original))
                     : std::string("empty")) +
                " " + patternText(question.path);
+    }
+
+    // Past the budget of exact work, takes the answers that patterns give; true when no
+    // question is left.
+    bool answeredFromPatterns(std::vector<size_t>& items) {
+        if (work_ > exactWork_) {
+            items.erase(std::remove_if(items.begin(), items.end(),
+                                       [&](size_t i) { return answerFromPattern(i); }),
+                        items.end());
+        }
+        return items.empty();
     }
 
     bool answerFromPattern(size_t i) {

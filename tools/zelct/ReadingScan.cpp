@@ -242,7 +242,8 @@ private:
 
     size_t string(size_t pos) {
         const size_t end = stringEnd(text_, pos, end_);
-        const bool valid = isValidUtf8(text_.data() + pos + 1, text_.data() + end - 1);
+        const bool valid =
+            isValidUtf8(text_.data() + pos + 1, text_.data() + end - 1) && escapesAreUtf8(pos, end);
         if (!stack_.empty() && stack_.back().isObject && stack_.back().expectingKey) {
             Container& top = stack_.back();
             top.key = decoded(pos, end);
@@ -269,6 +270,18 @@ private:
         trap.valueStart = pos;
         trap.valueEnd = end;
         traps_.push_back(std::move(trap));
+    }
+
+    // A \u escape of a lone surrogate decodes to bytes that are no UTF-8 either.
+    bool escapesAreUtf8(size_t pos, size_t end) {
+        static const char kEscape[] = "\\u";
+        const char* begin = text_.data() + pos;
+        const char* last = text_.data() + end;
+        if (std::search(begin, last, kEscape, kEscape + 2) == last) {
+            return true;  // the common case, looked at within the string only
+        }
+        const std::string text = decoded(pos, end);
+        return isValidUtf8(text.data(), text.data() + text.size());
     }
 
     // A member name as the device's reader decodes it; escapes are rare, so only a name with
