@@ -322,7 +322,8 @@ TEST_F(ZelctReadingTest, NestingPastTheParsersLimitIsUnusableWithItsPosition) {
     const Outcome outcome = checkText(deep);
     EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
     EXPECT_EQ(outcome.problem,
-              "cannot load (the parser gave up: Exceeded stackLimit in readValue().)");
+              "not valid JSON: Exceeded stackLimit in readValue(). (FileMgr code -13)");
+    EXPECT_EQ(outcome.fileMgrCode, -13);
     EXPECT_EQ(outcome.line, 1);
     EXPECT_EQ(outcome.column, 1006);
 }

@@ -742,21 +742,26 @@ std::string loadFailureCause(const std::string& path) {
     return cause;
 }
 
-// A parse failure quotes jsoncpp's first message, as FileMgr logged it ("* Line 2, Column
-// 14\n  Syntax error: ..."); the position is the outcome's own.
+// A parse failure quotes jsoncpp's first message, as FileMgr logged it: "* Line 2, Column
+// 14\n  Syntax error: ..." (the position is the outcome's own), or a bare text such as
+// "Exceeded stackLimit in readValue()." for nesting past the parser's limit.
 void describeParseError(Outcome& failure) {
-    static const std::string logged = "ERR::Error: '* Line ";
+    static const std::string logged = "ERR::Error: '";
+    static const std::string placed = "* Line ";
     static const std::string indent = "\n  ";
     for (const LogLine& line : failure.log) {
         if (line.text.compare(0, logged.size(), logged) != 0) {
             continue;
         }
-        const size_t start = line.text.find(indent);
-        if (start == std::string::npos) {
-            continue;
+        std::string message = line.text.substr(logged.size());
+        if (message.compare(0, placed.size(), placed) == 0) {
+            const size_t start = message.find(indent);
+            if (start == std::string::npos) {
+                continue;
+            }
+            message = message.substr(start + indent.size());
         }
-        const size_t from = start + indent.size();
-        const std::string message = line.text.substr(from, line.text.find('\n', from) - from);
+        message = message.substr(0, message.find_first_of("\n'"));
         failure.problem = "not valid JSON: " + message + " (FileMgr code " +
                           std::to_string(failure.fileMgrCode) + ")";
         return;
@@ -902,6 +907,16 @@ Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
 }
 
 // jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
+// The deepest nesting jsoncpp's reader accepts with its default settings.
+constexpr size_t kParserNestingLimit = 1000;
+
+// Where the text nests deeper than the parser's limit, or no position when it does not.
+Position nestingPosition(const SourceText& source) {
+    const size_t deep =
+        nestingPastLimit(source.bytes.substr(0, source.deviceLength), kParserNestingLimit);
+    return deep < source.deviceLength ? source.lines.at(deep) : Position();
+}
+
 Position parseErrorPosition(const SourceText& source) {
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     Json::Value ignored;
@@ -912,7 +927,8 @@ Position parseErrorPosition(const SourceText& source) {
             return Position();
         }
     } catch (const std::exception&) {
-        return Position();
+        // Only nesting past the parser's limit throws here: the bracket that goes too deep.
+        return nestingPosition(source);
     }
     int line = 0;
     int column = 0;
@@ -931,9 +947,6 @@ std::unique_ptr<SourceText> readSource(const std::string& path) {
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     return std::make_unique<SourceText>(std::move(bytes));
 }
-
-// The deepest nesting jsoncpp's reader accepts with its default settings.
-constexpr size_t kParserNestingLimit = 1000;
 
 // Whether the reading succeeds with the list cut to its first `count` elements. The list is
 // swapped with the shorter one and back, so only the kept elements are copied.
@@ -1245,11 +1258,7 @@ bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
     if (!thrown.empty()) {
         failure = unusable("cannot load (the parser gave up: " + thrown + ")");
         if (source != nullptr) {
-            const size_t deep = nestingPastLimit(source->bytes.substr(0, source->deviceLength),
-                                                 kParserNestingLimit);
-            if (deep < source->deviceLength) {
-                placeOutcome(failure, source->lines.at(deep));
-            }
+            placeOutcome(failure, nestingPosition(*source));
         }
     } else {
         const std::string cause =
