@@ -42,6 +42,13 @@ expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfigVersion.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
     "usr/lib/$arch/pkgconfig/zelCommonTypes.pc"
+# The schema of every kind, as the build wrote them.
+schemas=()
+for file in "$build"/share/zelCommonTypes/schemas/*.schema.json; do
+    [ -f "$file" ] && schemas+=("usr/share/zelCommonTypes/schemas/$(basename "$file")")
+done
+[ ${#schemas[@]} -gt 0 ] || { echo "the build wrote no schemas"; exit 1; }
+expect libzelcommontypes-dev "${schemas[@]}"
 refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin"
 expect zelct "usr/bin/zelct"
 

@@ -18,6 +18,7 @@
 #include "Kinds.h"
 #include "Log.h"
 #include "Report.h"
+#include "Schema.h"
 
 namespace {
 
@@ -120,6 +121,15 @@ int runTemplate(const Arguments& args) {
     return 0;
 }
 
+int runSchema(const Arguments& args) {
+    const Kind* kind = kindOrComplain(args.kind);
+    if (kind == nullptr) {
+        return kUnusable;
+    }
+    std::cout << indentedJson(schemaOf(*kind));
+    return 0;
+}
+
 // The first word that is not an option, when it names no command. CLI11 would take it for
 // an extra argument and only say that a command is required.
 const char* unknownCommand(CLI::App& app, int argc, char** argv) {
@@ -179,6 +189,10 @@ int run(int argc, char** argv) {
         "template", "Print the document that a default-constructed object of KIND writes");
     templ->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
+    CLI::App* schema = app.add_subcommand(
+        "schema", "Print the JSON Schema of KIND: what the library reads from its documents");
+    schema->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
+
     CLI::App* video = app.add_subcommand(
         "video",
         "Print every figure the library derives for the 29 video formats; with FORMAT (text "
@@ -233,6 +247,9 @@ int run(int argc, char** argv) {
     }
     if (templ->parsed()) {
         return runTemplate(args);
+    }
+    if (schema->parsed()) {
+        return runSchema(args);
     }
     if (video->parsed()) {
         return showVideo(args.format, args.json, std::cout, std::cerr);
