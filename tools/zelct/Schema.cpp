@@ -64,10 +64,15 @@ struct SeedMember {
     const char* member;
     Json::Value (*value)();
 };
+Json::Value mainBoardProduct() {
+    return Json::Value("TARVIK");
+}
+
 // clang-format off
 const SeedMember kSeedMembers[] = {
     {"eth-bandwidth", "ethCount", &mostUnsigned},
     {"video-format",  "format",   &firstVideoFormatText},
+    {"system-info",   "product",  &mainBoardProduct},  // the product whose main board is described
 };
 // clang-format on
 
@@ -325,8 +330,41 @@ private:
             properties[name]["description"] = "Read, but not written back";
         }
         copies(schema, value, path);
+        writtenOnlyWhen(schema, value, path);
         schema["additionalProperties"] = false;
         return schema;
+    }
+
+    // A member the class writes only while a sibling holds one value: in a document whose
+    // sibling holds another (or none), the member is read but never written back.
+    void writtenOnlyWhen(Json::Value& schema, const Json::Value& value, JsonPath& path) {
+        for (const std::string& source : value.getMemberNames()) {
+            Json::Value other;
+            if (!otherValueOfType(value[source], other)) {
+                continue;
+            }
+            path.push_back(PathStep::member(source));
+            const Reading reading = readAs(kind_, replacedAt(sample_, path, other));
+            path.pop_back();
+            Json::Value understood = reading.understood;
+            const Json::Value* written = nodeAt(understood, path);
+            if (reading.failed || written == nullptr || !written->isObject()) {
+                continue;
+            }
+            for (const std::string& name : value.getMemberNames()) {
+                if (name == source || written->isMember(name)) {
+                    continue;
+                }
+                Json::Value rule(Json::objectValue);
+                rule["if"]["not"]["properties"][source]["const"] = value[source];
+                rule["if"]["not"]["required"].append(source);
+                rule["then"]["properties"][name] = false;
+                schema["allOf"].append(rule);
+                schema["properties"][name]["description"] =
+                    "Written only when \"" + source + "\" is " + compactJson(value[source]) +
+                    "; read whatever it is, but dropped when the document is stored";
+            }
+        }
     }
 
     // A never-read member written as a copy of a sibling takes what the sibling reads as when
