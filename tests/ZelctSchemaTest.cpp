@@ -203,3 +203,34 @@ TEST(ZelctSchema, EmptyListsAreWrittenAsNull) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ZelctSchema, AlarmTypesCarryTheCatalogue) {
+    const Json::Value& type = schemaFor("alarm")["properties"]["type"];
+    std::vector<int> catalogue;
+    for (const Alarm::CatalogueRow& row : Alarm::catalogue()) {
+        catalogue.push_back(static_cast<int>(row.type));
+    }
+    std::vector<int> examples;
+    for (const Json::Value& example : type["examples"]) {
+        examples.push_back(example.asInt());
+    }
+    EXPECT_EQ(examples, catalogue);
+    EXPECT_EQ(examples.size(), 29U);  // 0 to 29 but the unassigned 3
+    const std::string text = type["description"].asString();
+    EXPECT_NE(text.find("\n7 LINK_DOWN (warning): Link is down\n"), std::string::npos);
+    EXPECT_NE(text.find("\n29 ALARM_TYPE_UNDEFINED (ok): Not defined"), std::string::npos);
+}
+
+TEST(ZelctSchema, VideoFormatsDescribedByTheirDetails) {
+    const Json::Value& format = schemaFor("video-format")["properties"]["format"];
+    ASSERT_EQ(format["enumDescriptions"].size(), format["enum"].size());
+    EXPECT_EQ(format["enumDescriptions"][0].asString(),
+              "1920 x 1080, progressive, 60 fields per second");
+    EXPECT_EQ(format["enumDescriptions"][2].asString(),
+              "1920 x 1080, interlaced, 50 fields per second");
+    EXPECT_FALSE(schemaFor("alarm")["properties"]["severity"].isMember("enumDescriptions"));
+}
+
+}  // namespace

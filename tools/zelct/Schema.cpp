@@ -155,6 +155,53 @@ std::vector<std::string> videoFormatTexts() {
     return texts;
 }
 
+std::string nothingToSay(const std::string&) {
+    return std::string();
+}
+
+// "1920 x 1080, interlaced, 50 fields per second" from the format's catalogue details.
+std::string videoFormatDetails(const std::string& text) {
+    VideoFormat format;
+    VideoFormat::video_field_rate_t fieldRate = VideoFormat::VIDEO_FIELD_RATE_NONE;
+    unsigned int width = 0;
+    unsigned int height = 0;
+    bool interlace = false;
+    if (format.fromString(text) != 0 ||
+        format.getVideoDetails(fieldRate, width, height, interlace) != 0) {
+        return std::string();
+    }
+    return std::to_string(width) + " x " + std::to_string(height) + ", " +
+           (interlace ? "interlaced, " : "progressive, ") + std::to_string(fieldRate) +
+           " fields per second";
+}
+
+// Every row of the alarm catalogue, for the member that holds an alarm's type.
+Json::Value alarmTypeNotes() {
+    Json::Value notes(Json::objectValue);
+    std::string text =
+        "The alarm's kind. Reading keeps any 32-bit number as it is and never consults the "
+        "catalogue; a component that raises a kind takes severity and text from it:";
+    for (const Alarm::CatalogueRow& row : Alarm::catalogue()) {
+        text += "\n" + std::to_string(static_cast<int>(row.type)) + " " + row.name + " (" +
+                AlarmSeverity::nameOf(row.severity) + "): " + row.description;
+        notes["examples"].append(static_cast<int>(row.type));
+    }
+    notes["description"] = text;
+    return notes;
+}
+
+// What the library's own catalogues say about a member, beyond what probing finds.
+struct MemberNotes {
+    const char* kind;
+    const char* pattern;
+    Json::Value (*notes)();
+};
+// clang-format off
+const MemberNotes kMemberNotes[] = {
+    {"alarm", "/type", &alarmTypeNotes},
+};
+// clang-format on
+
 std::string upper(std::string text) {
     for (char& c : text) {
         c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -295,14 +342,27 @@ private:
             ref["$ref"] = std::string("#/$defs/") + row->child;
             return ref;
         }
+        Json::Value schema;
         switch (value.type()) {
             case Json::objectValue:
-                return object(value, path, nested);
+                schema = object(value, path, nested);
+                break;
             case Json::arrayValue:
-                return array(value, path, nested);
+                schema = array(value, path, nested);
+                break;
             default:
-                return scalar(value, path);
+                schema = scalar(value, path);
+                break;
         }
+        for (const MemberNotes& row : kMemberNotes) {
+            if (std::string(kind_.name) == row.kind && patternText(path) == row.pattern) {
+                const Json::Value notes = row.notes();
+                for (const std::string& name : notes.getMemberNames()) {
+                    schema[name] = notes[name];
+                }
+            }
+        }
+        return schema;
     }
 
     Json::Value object(const Json::Value& value, JsonPath& path, std::set<std::string>& nested) {
@@ -530,6 +590,8 @@ private:
     void names(Json::Value& schema, const JsonPath& path) {
         Json::Value exact(Json::arrayValue);
         Json::Value anyCase(Json::arrayValue);
+        Json::Value explained(Json::arrayValue);
+        bool described = false;
         std::string from;
         for (const NameCatalogue& catalogue : nameCatalogues()) {
             bool used = false;
@@ -539,6 +601,8 @@ private:
                 }
                 used = true;
                 exact.append(name);
+                explained.append(catalogue.describe(name));
+                described = described || !explained[explained.size() - 1].asString().empty();
                 if (upper(name) != name && keeps(path, Json::Value(upper(name)))) {
                     Json::Value pattern(Json::objectValue);
                     pattern["pattern"] = anyCasePattern(name);
@@ -548,6 +612,9 @@ private:
             if (used) {
                 from += std::string(from.empty() ? "" : ", ") + catalogue.title;
             }
+        }
+        if (described) {
+            schema["enumDescriptions"] = explained;  // shown by editors beside each name
         }
         if (anyCase.empty()) {
             schema["enum"] = exact;
@@ -739,11 +806,11 @@ std::string schemaFileName(const Kind& kind) {
 const std::vector<NameCatalogue>& nameCatalogues() {
     // clang-format off
     static const std::vector<NameCatalogue> catalogues = {
-        {"state names",      namesOf(&stateName, State::STATE_DISABLED, State::STATE_PAUSED + 1)},
-        {"stream types",     namesOf(&streamTypeName, StreamType::STREAM_AUDIO, StreamType::STREAM_TEST + 1)},
-        {"interface kinds",  namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO)},
-        {"alarm severities", namesOf(&severityName, AlarmSeverity::SEVERITY_OK, AlarmSeverity::SEVERITY_CRITICAL)},
-        {"video formats",    videoFormatTexts()},
+        {"state names",      namesOf(&stateName, State::STATE_DISABLED, State::STATE_PAUSED + 1), &nothingToSay},
+        {"stream types",     namesOf(&streamTypeName, StreamType::STREAM_AUDIO, StreamType::STREAM_TEST + 1), &nothingToSay},
+        {"interface kinds",  namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO), &nothingToSay},
+        {"alarm severities", namesOf(&severityName, AlarmSeverity::SEVERITY_OK, AlarmSeverity::SEVERITY_CRITICAL), &nothingToSay},
+        {"video formats",    videoFormatTexts(), &videoFormatDetails},
     };
     // clang-format on
     return catalogues;

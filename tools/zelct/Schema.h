@@ -21,6 +21,8 @@ std::string schemaFileName(const Kind& kind);
 struct NameCatalogue {
     const char* title;  // "state names"
     std::vector<std::string> names;
+    // What the catalogue says about a name, "" when it says nothing.
+    std::string (*describe)(const std::string& name);
 };
 const std::vector<NameCatalogue>& nameCatalogues();
 
