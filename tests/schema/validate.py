@@ -132,13 +132,26 @@ def related(error_path, finding_path):
             or finding_path.startswith(error_path + "/"))
 
 
+# What the library's classes make of a document; the parser's own findings (comments,
+# duplicate members) are about the text, which no schema sees.
+READ_FINDINGS = {"dropped", "changed", "not-written-back"}
+
+
 def check_traps(tool, source):
     failures = []
     traps = trap_documents(source)
     for kind, path in traps:
         report = json.loads(run(tool, "check", "--json", kind, path, expect=(1,)).stdout)
-        findings = [f["path"] for f in report[0]["findings"] if f["finding"] != "added"]
-        errors = errors_of(tool, kind, json.load(open(path)))
+        findings = [f["path"] for f in report[0]["findings"] if f["finding"] in READ_FINDINGS]
+        try:
+            document = json.load(open(path))
+        except ValueError as error:
+            print(f"{path}: skipped, not strict JSON ({error})")
+            continue
+        if not findings:
+            print(f"{path}: skipped, only the parser's findings")
+            continue
+        errors = errors_of(tool, kind, document)
         if not errors:
             failures.append(f"{path} ({kind}): valid, yet the library changes {findings}")
             continue
