@@ -108,6 +108,13 @@ TEST(ZelctSchema, InterfaceKindsRewrittenInUpperCaseAreRefused) {
     const Json::Value& type = schemaFor("channel-id")["properties"]["type"];
     EXPECT_EQ(type["type"].asString(), "string");
     EXPECT_EQ(texts(type["not"]["enum"]), (std::vector<std::string>{"TDM", "MADI"}));
+    std::vector<std::string> kinds;
+    for (int kind = DaifType::DAIF_TDM; kind <= DaifType::DAIF_AUTO; ++kind) {
+        kinds.push_back(DaifType::nameOf(kind));
+    }
+    EXPECT_EQ(texts(type["examples"]), kinds);
+    EXPECT_EQ(type["examples"].size(), 13U);
+    EXPECT_FALSE(schemaFor("channel-table-entry")["properties"]["name-input"].isMember("examples"));
     DaifType kind;
     kind.setNameAndResolve("MADI");
     EXPECT_EQ(kind.getName(), DaifType::nameOf(DaifType::DAIF_MADI));

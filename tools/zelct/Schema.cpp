@@ -568,21 +568,41 @@ private:
         return schema;
     }
 
-    // Text kept as it came, except catalogue names the reader writes in another form.
+    // Text kept as it came, except catalogue names the reader writes in another form. A
+    // catalogue with such names is the one the reader compares the text against; its names
+    // that are kept are offered as examples.
     void freeText(Json::Value& schema, const JsonPath& path) {
         Json::Value rewritten(Json::arrayValue);
+        Json::Value examples(Json::arrayValue);
+        std::string from;
         for (const NameCatalogue& catalogue : nameCatalogues()) {
+            Json::Value kept(Json::arrayValue);
+            bool compared = false;
             for (const std::string& name : catalogue.names) {
                 for (const std::string& variant : {name, upper(name)}) {
-                    if (!keeps(path, Json::Value(variant)) && !contains(rewritten, variant)) {
+                    const bool keptAsItIs = keeps(path, Json::Value(variant));
+                    if (!keptAsItIs && !contains(rewritten, variant)) {
                         rewritten.append(variant);
                     }
+                    compared = compared || !keptAsItIs;
+                    if (keptAsItIs && variant == name) {
+                        kept.append(name);
+                    }
+                }
+            }
+            if (compared) {
+                from += std::string(from.empty() ? "" : ", ") + catalogue.title;
+                for (const Json::Value& name : kept) {
+                    examples.append(name);
                 }
             }
         }
         if (!rewritten.empty()) {
             schema["not"]["enum"] = rewritten;
-            schema["description"] = "The library writes these names in another form";
+            schema["examples"] = examples;
+            schema["description"] = "Compared against the " + from +
+                                    "; other text is kept as it came. The names refused here "
+                                    "are written back in another form";
         }
     }
 

@@ -1,0 +1,184 @@
+#!/usr/bin/env python3
+"""Checks `zelct check --format sarif` and `--format github` against `--format json`.
+
+  formats.py sarif  TOOL SOURCE_DIR SARIF_SCHEMA   a valid SARIF 2.1.0 log with a result for
+                                                   each finding: file, line, column, JSON path,
+                                                   the device's reading, the same exit code
+  formats.py github TOOL SOURCE_DIR                one annotation a finding, errors for files
+                                                   that cannot be used, the same exit code
+
+The tool may be a command line with its words separated by "|" (an emulator in front). The
+files are those of the command-line cases under tests/cli, checked from that folder.
+"""
+import glob
+import json
+import os
+import re
+import subprocess
+import sys
+import urllib.parse
+
+import jsonschema
+
+
+def check_runs(source):
+    """The kind and files of every check case of tests/cli, as (kind, [files])."""
+    runs = []
+    for cmd_file in sorted(glob.glob(os.path.join(source, "tests", "cli", "*", "cmd"))):
+        words = open(cmd_file).read().split()
+        if words[:1] != ["check"]:
+            continue
+        words = [w for w in words[1:] if not w.startswith("-") and "@" not in w]
+        if len(words) >= 2 and (words[0], words[1:]) not in runs:
+            runs.append((words[0], words[1:]))
+    return runs
+
+
+def run(tool, cli, *args):
+    result = subprocess.run(tool + list(args), capture_output=True, cwd=cli)
+    return result.returncode, result.stdout.decode("utf-8", "replace")
+
+
+def json_report(tool, cli, kind, files):
+    code, out = run(tool, cli, "check", "--format", "json", kind, *files)
+    return code, json.loads(out)
+
+
+def findings_of(report):
+    for checked in report if isinstance(report, list) else []:
+        for finding in checked.get("findings", []):
+            yield checked, finding
+
+
+def check_sarif(tool, source, schema_path):
+    schema = json.load(open(schema_path))
+    validator = jsonschema.validators.validator_for(schema)(schema)
+    cli = os.path.join(source, "tests", "cli")
+    failures, count = [], 0
+    for kind, files in check_runs(source):
+        what = f"check --format sarif {kind} {' '.join(files)}"
+        code, report = json_report(tool, cli, kind, files)
+        sarif_code, out = run(tool, cli, "check", "--format", "sarif", kind, *files)
+        count += 1
+        if sarif_code != code:
+            failures.append(f"{what}: exit {sarif_code}, json gives {code}")
+        try:
+            log = json.loads(out)
+        except ValueError as error:
+            failures.append(f"{what}: not JSON: {error}")
+            continue
+        failures += [f"{what}: {'/'.join(map(str, e.absolute_path))}: {e.message}"
+                     for e in validator.iter_errors(log)]
+        failures += [f"{what}: {problem}" for problem in sarif_problems(log, report, code)]
+    return count, failures
+
+
+def sarif_problems(log, report, code):
+    problems = []
+    if log.get("version") != "2.1.0" or len(log.get("runs", [])) != 1:
+        return ["not one run of SARIF 2.1.0"]
+    run_ = log["runs"][0]
+    rules = run_["tool"]["driver"]["rules"]
+    ids = [rule["id"] for rule in rules]
+    if len(set(ids)) != len(ids):
+        problems.append(f"rules named twice: {ids}")
+    if run_["invocations"][0]["exitCode"] != code:
+        problems.append("the invocation's exit code differs")
+    results = run_["results"]
+    expected = [(checked["file"], f) for checked, f in findings_of(report)]
+    unusable = [c for c in report if isinstance(report, list) and c.get("result") == "unusable"]
+    if len(results) != len(expected) + len(unusable):
+        problems.append(f"{len(results)} results for {len(expected)} findings and "
+                        f"{len(unusable)} unusable files")
+    for result, (file, finding) in zip(results, expected):
+        location = result["locations"][0]
+        physical = location["physicalLocation"]
+        region = physical.get("region", {})
+        got = {
+            "rule": result["ruleId"],
+            "rule index": ids[result["ruleIndex"]],
+            "file": urllib.parse.unquote(physical["artifactLocation"]["uri"]),
+            "line": region.get("startLine"),
+            "column": region.get("startColumn"),
+            "path": result["properties"]["path"],
+            "logical": location["logicalLocations"][0]["fullyQualifiedName"],
+            "message": result["message"]["text"],
+            "level": result["level"],
+        }
+        want = {
+            "rule": finding["finding"], "rule index": finding["finding"], "file": file,
+            "line": finding.get("line"), "column": finding.get("column"),
+            "path": finding["path"], "logical": finding["path"], "message": finding["text"],
+            "level": "warning",
+        }
+        if "understood" in finding:
+            got["reading"] = result["properties"].get("understood")
+            want["reading"] = finding["understood"]
+        if got != want:
+            problems.append(f"result {got} for finding {want}")
+    for result, checked in zip(results[len(expected):], unusable):
+        uri = urllib.parse.unquote(result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"])
+        if (result["ruleId"], result["level"], uri) != ("unusable", "error", checked["file"]):
+            problems.append(f"unusable file {checked['file']} as {result}")
+    return problems
+
+
+ANNOTATION = re.compile(r"^::(warning|error) (?:file=([^,]*)(?:,line=(\d+),col=(\d+))?,)?"
+                        r"title=([^:]*)::(.*)$")
+
+
+def unescape(text):
+    return text.replace("%0A", "\n").replace("%0D", "\r").replace("%3A", ":") \
+        .replace("%2C", ",").replace("%25", "%")
+
+
+def check_github(tool, source):
+    cli = os.path.join(source, "tests", "cli")
+    failures, count = [], 0
+    for kind, files in check_runs(source):
+        what = f"check --format github {kind} {' '.join(files)}"
+        code, report = json_report(tool, cli, kind, files)
+        github_code, out = run(tool, cli, "check", "--format", "github", kind, *files)
+        count += 1
+        if github_code != code:
+            failures.append(f"{what}: exit {github_code}, json gives {code}")
+        annotations = [ANNOTATION.match(line) for line in out.splitlines() if line.startswith("::")]
+        if None in annotations:
+            failures.append(f"{what}: a line that is no annotation: {out!r}")
+            continue
+        warnings = [a for a in annotations if a.group(1) == "warning"]
+        errors = [a for a in annotations if a.group(1) == "error"]
+        expected = list(findings_of(report))
+        if len(warnings) != len(expected):
+            failures.append(f"{what}: {len(warnings)} warnings for {len(expected)} findings")
+        for annotation, (checked, finding) in zip(warnings, expected):
+            got = (unescape(annotation.group(2)), annotation.group(3), annotation.group(4),
+                   unescape(annotation.group(6)))
+            want = (checked["file"], str(finding.get("line")), str(finding.get("column")),
+                    finding["text"])
+            if got != want:
+                failures.append(f"{what}: annotation {got}, finding {want}")
+        unusable = [c["file"] for c in report if c.get("result") == "unusable"]
+        if [unescape(a.group(2)) for a in errors] != unusable:
+            failures.append(f"{what}: errors {[a.group(0) for a in errors]} for {unusable}")
+    return count, failures
+
+
+def main():
+    mode = sys.argv[1] if len(sys.argv) > 1 else ""
+    if mode == "sarif" and len(sys.argv) == 5:
+        count, failures = check_sarif(sys.argv[2].split("|"), sys.argv[3], sys.argv[4])
+    elif mode == "github" and len(sys.argv) == 4:
+        count, failures = check_github(sys.argv[2].split("|"), sys.argv[3])
+    else:
+        sys.exit(__doc__)
+    for failure in failures:
+        print("FAIL", failure)
+    print(f"{mode}: {count} check runs, {len(failures)} failures")
+    if count == 0:
+        sys.exit("nothing was checked")
+    sys.exit(1 if failures else 0)
+
+
+if __name__ == "__main__":
+    main()
