@@ -35,3 +35,5 @@ stage "results"
 model=$(lscpu | sed -n 's/^Model name: *//p' | head -1)
 echo "machine: ${model:-unknown CPU}, $(nproc) cores, $(uname -m); load average now:$(uptime | sed 's/.*load average://')"
 build/bench/bench/zelct-bench-table "$report"
+
+scripts/bench-check.sh

@@ -101,6 +101,26 @@ private:
     int values[4] = {0, 0, 0, 0};
 };
 
+// A list that reads "v" of each element and writes every element with the length of the list
+// beside it: an element read alone is not read as it is among the others.
+class CountedList : public IJsonSerializable {
+public:
+    void Serialize(Json::Value& root) const override {
+        for (Json::ArrayIndex i = 0; i < values.size(); ++i) {
+            root[i]["v"] = values[i];
+            root[i]["n"] = static_cast<int>(values.size());
+        }
+    }
+    void Deserialize(Json::Value& root) override {
+        for (Json::ArrayIndex i = 0; i < root.size(); ++i) {
+            values.push_back(root[i].get("v", 0).asInt());
+        }
+    }
+
+private:
+    std::vector<int> values;
+};
+
 template <class T>
 std::unique_ptr<IJsonSerializable> make() {
     return std::make_unique<T>();
@@ -114,6 +134,7 @@ const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
 const Kind kFirstFour{"first-four", TopLevel::Object, "", &make<FirstFourRecord>};
 const Kind kStreams{"session-streams", TopLevel::Array, "", &make<SessionStreamList>};
 const Kind kAlarms{"alarms", TopLevel::Object, "", &make<AlarmManager>};
+const Kind kCounted{"counted", TopLevel::Array, "", &make<CountedList>};
 
 std::vector<std::string> texts(const std::vector<Finding>& findings) {
     std::vector<std::string> lines;
@@ -330,6 +351,41 @@ TEST_F(ZelctCheckTest, LongListGetsOneFindingPerElement) {
     }
 }
 
+TEST_F(ZelctCheckTest, OneReadMemberAmongManyDroppedOnesIsFoundExactly) {
+    Json::Value document = parseJson("{\"state\":\"enabled\"}");
+    for (int i = 0; i < 60; ++i) {
+        document["x" + std::to_string(100 + i)] = i;
+    }
+    // Distinct names share no pattern, so every answer is exact even without a budget.
+    for (size_t exactWork : {kExactWork, size_t{0}}) {
+        const std::vector<std::string> lines =
+            texts(findDifferences(kState, document, readAs(kState, document), exactWork));
+        ASSERT_EQ(lines.size(), 61u);
+        EXPECT_EQ(lines[0], "/state: \"enabled\" read as \"Disabled\"");
+        for (int i = 0; i < 60; ++i) {
+            EXPECT_EQ(lines[static_cast<size_t>(i) + 1],
+                      "/x" + std::to_string(100 + i) + ": dropped (never read)");
+        }
+    }
+}
+
+TEST_F(ZelctCheckTest, ElementsThatReadOtherwiseAloneAreAskedAboutInTheWholeList) {
+    const Json::Value document =
+        parseJson("[{\"v\":1,\"n\":3,\"w\":0},{\"v\":2.5,\"n\":3},{\"v\":3,\"n\":3,\"w\":1}]");
+    EXPECT_EQ(texts(findDifferences(kCounted, document, readAs(kCounted, document))),
+              (std::vector<std::string>{"/0/w: dropped (never read)", "/1/v: 2.5 read as 2",
+                                        "/2/w: dropped (never read)"}));
+}
+
+TEST_F(ZelctCheckTest, EmptyMembersThatNothingReadsAreNoFindingsInAGroup) {
+    Json::Value document = parseJson("{\"state\":\"Enabled\"}");
+    for (int i = 0; i < 20; ++i) {
+        document["e" + std::to_string(i)] =
+            Json::Value(i % 2 == 0 ? Json::arrayValue : Json::objectValue);
+    }
+    EXPECT_TRUE(findDifferences(kState, document, readAs(kState, document)).empty());
+}
+
 // ---- unusable documents ----
 
 TEST_F(ZelctCheckTest, WrongJsonTypeIsLocatedAtTheDeepestNode) {
@@ -354,6 +410,22 @@ TEST_F(ZelctCheckTest, FirstRejectedNodeIsReportedWithItsOwnError) {
     EXPECT_EQ(place.error, "Value is not convertible to UInt64.");
 }
 
+TEST_F(ZelctCheckTest, RejectedElementIsFoundAtEitherEndOfALongList) {
+    Json::Value clean;
+    SessionStreamBasics().Serialize(clean);
+    for (Json::ArrayIndex rejected : {0u, 999u}) {
+        Json::Value document(Json::arrayValue);
+        for (int i = 0; i < 1000; ++i) {
+            document.append(clean);
+        }
+        document[rejected]["stream"] = "one";
+        const FailurePlace place = locateFailure(kStreams, document);
+        ASSERT_TRUE(place.found);
+        EXPECT_EQ(pointerText(place.path), "/" + std::to_string(rejected) + "/stream");
+        EXPECT_EQ(place.error, "Value is not convertible to UInt64.");
+    }
+}
+
 TEST_F(ZelctCheckTest, DocumentWithAWrongJsonTypeIsUnusable) {
     const Outcome outcome = checkDocument(kSfp, parseJson("{\"wavelength\":\"850\"}"), true);
     EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
@@ -374,8 +446,7 @@ TEST_F(ZelctCheckTest, FilesThatCannotBeLoadedCarryTheFileMgrCode) {
     Outcome missing = checkFile(kSfp, dir.file("missing.json"), true);
     EXPECT_EQ(missing.status, Outcome::Status::Unusable);
     EXPECT_EQ(missing.fileMgrCode, -17);
-    EXPECT_EQ(missing.problem,
-              "cannot load (FileMgr code -17: the file cannot be opened or is refused)");
+    EXPECT_EQ(missing.problem, "cannot load: No such file or directory (FileMgr code -17)");
 
     writeFile(dir.file("broken.json"), "{\"present\": tru");
     EXPECT_EQ(checkFile(kSfp, dir.file("broken.json"), true).fileMgrCode, -13);
@@ -383,6 +454,7 @@ TEST_F(ZelctCheckTest, FilesThatCannotBeLoadedCarryTheFileMgrCode) {
     const Outcome directory = checkFile(kSfp, dir.path(), true);
     EXPECT_EQ(directory.status, Outcome::Status::Unusable);
     EXPECT_EQ(directory.fileMgrCode, -17);
+    EXPECT_EQ(directory.problem, "cannot load: a directory, not a regular file (FileMgr code -17)");
 }
 
 TEST_F(ZelctCheckTest, ExitCodesOrderExactFindingsUnusable) {

@@ -7,6 +7,9 @@
 #   exit     the exit code
 #   written  (optional) the exact content the command must leave in @OUT@, with no other
 #            file beside it (no temporary left behind)
+#   stdin    (optional) what the command reads on standard input; without it, nothing
+#   stdout-to (optional) a path, such as /dev/full, that standard output is written to
+#            instead of being compared; `stdout` is then empty
 # When the arguments hold --json, standard output must also parse as JSON.
 #
 # Called with -DTOOL, -DEMULATOR ("|"-separated, may be empty), -DCASE_DIR, -DWORK_DIR and
@@ -23,12 +26,30 @@ string(REPLACE "@OUT@" "${scratch_file}" command_line "${command_line}")
 separate_arguments(arguments UNIX_COMMAND "${command_line}")
 string(REPLACE "|" ";" emulator "${EMULATOR}")
 
-execute_process(
-    COMMAND ${emulator} "${TOOL}" ${arguments}
-    WORKING_DIRECTORY "${WORK_DIR}"
-    OUTPUT_VARIABLE actual_stdout
-    ERROR_VARIABLE actual_stderr
-    RESULT_VARIABLE actual_exit)
+set(input_file /dev/null)
+if(EXISTS "${CASE_DIR}/stdin")
+    set(input_file "${CASE_DIR}/stdin")
+endif()
+set(actual_stdout "")
+if(EXISTS "${CASE_DIR}/stdout-to")
+    file(READ "${CASE_DIR}/stdout-to" stdout_path)
+    string(STRIP "${stdout_path}" stdout_path)
+    execute_process(
+        COMMAND ${emulator} "${TOOL}" ${arguments}
+        WORKING_DIRECTORY "${WORK_DIR}"
+        INPUT_FILE "${input_file}"
+        OUTPUT_FILE "${stdout_path}"
+        ERROR_VARIABLE actual_stderr
+        RESULT_VARIABLE actual_exit)
+else()
+    execute_process(
+        COMMAND ${emulator} "${TOOL}" ${arguments}
+        WORKING_DIRECTORY "${WORK_DIR}"
+        INPUT_FILE "${input_file}"
+        OUTPUT_VARIABLE actual_stdout
+        ERROR_VARIABLE actual_stderr
+        RESULT_VARIABLE actual_exit)
+endif()
 
 set(failures "")
 
@@ -65,7 +86,7 @@ if(EXISTS "${CASE_DIR}/written")
     endif()
 endif()
 
-if(command_line MATCHES "(^| )--json( |$)")
+if(command_line MATCHES "(^| )(--json|--format[ =]json)( |$)" AND NOT EXISTS "${CASE_DIR}/stdout-to")
     string(JSON json_type ERROR_VARIABLE json_error TYPE "${actual_stdout}")
     if(json_error)
         set(failures "${failures}\n--- standard output is not JSON: ${json_error}")

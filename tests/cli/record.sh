@@ -19,8 +19,12 @@ for case in "${cases[@]}"; do
     line=${line//@OUT@/$scratch/written.json}
     rm -f "$scratch/written.json"
     eval "args=($line)"
+    input=/dev/null
+    [ -f "$case/stdin" ] && input="$case/stdin"
+    output="$case/stdout"
+    [ -f "$case/stdout-to" ] && output=$(<"$case/stdout-to") && : >"$case/stdout"
     set +e
-    "${emulator[@]}" "$tool" "${args[@]}" >"$case/stdout" 2>"$case/stderr"
+    "${emulator[@]}" "$tool" "${args[@]}" <"$input" >"$output" 2>"$case/stderr"
     echo $? >"$case/exit"
     set -e
     if [ -f "$case/written" ]; then

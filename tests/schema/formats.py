@@ -14,6 +14,7 @@ import glob
 import json
 import os
 import re
+import shlex
 import subprocess
 import sys
 import urllib.parse
@@ -21,16 +22,26 @@ import urllib.parse
 import jsonschema
 
 
+def check_command(cmd_file):
+    """(kind, files) of a command-line case that checks files as a kind with no option but
+    --json, else None. File names keep their bytes (surrogate escapes)."""
+    text = open(cmd_file, encoding="utf-8", errors="surrogateescape").read()
+    words = shlex.split(text)
+    if words[:1] != ["check"]:
+        return None
+    words = [w for w in words[1:] if w != "--json"]
+    if len(words) < 2 or any(w.startswith("-") or "@" in w for w in words):
+        return None
+    return words[0], words[1:]
+
+
 def check_runs(source):
     """The kind and files of every check case of tests/cli, as (kind, [files])."""
     runs = []
     for cmd_file in sorted(glob.glob(os.path.join(source, "tests", "cli", "*", "cmd"))):
-        words = open(cmd_file).read().split()
-        if words[:1] != ["check"]:
-            continue
-        words = [w for w in words[1:] if not w.startswith("-") and "@" not in w]
-        if len(words) >= 2 and (words[0], words[1:]) not in runs:
-            runs.append((words[0], words[1:]))
+        command = check_command(cmd_file)
+        if command is not None and command not in runs:
+            runs.append(command)
     return runs
 
 

@@ -12,6 +12,7 @@ import glob
 import json
 import os
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -94,6 +95,19 @@ def check_written(tool, source):
     return count, failures
 
 
+def check_command(cmd_file):
+    """(kind, files) of a command-line case that checks files as a kind with no option but
+    --json, else None. File names keep their bytes (surrogate escapes)."""
+    text = open(cmd_file, encoding="utf-8", errors="surrogateescape").read()
+    words = shlex.split(text)
+    if words[:1] != ["check"]:
+        return None
+    words = [w for w in words[1:] if w != "--json"]
+    if len(words) < 2 or any(w.startswith("-") or "@" in w for w in words):
+        return None
+    return words[0], words[1:]
+
+
 def trap_documents(source):
     """(kind, path) of each hand-edited example and each trap or findings input of the CLI cases."""
     traps = [(os.path.basename(os.path.dirname(p)), p)
@@ -101,11 +115,10 @@ def trap_documents(source):
     cli = os.path.join(source, "tests", "cli")
     seen = set()
     for cmd_file in sorted(glob.glob(os.path.join(cli, "*", "cmd"))):
-        words = open(cmd_file).read().split()
-        words = [w for w in words[1:] if not w.startswith("-")] if words[:1] == ["check"] else []
-        if len(words) < 2:
+        command = check_command(cmd_file)
+        if command is None:
             continue
-        kind, files = words[0], words[1:]
+        kind, files = command
         for name in files:
             base = os.path.basename(name)
             if not (base.startswith("trap-") or base.endswith("-findings.json")):

@@ -6,14 +6,18 @@
 #include <cstdint>
 #include <cstdlib>
 #include <list>
+#include <sstream>
 #include <vector>
 
 #include "AlarmManager.h"
 #include "Check.h"
+#include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
 #include "PacketTimeOptions.h"
+#include "Printer.h"
+#include "Report.h"
 #include "TextTable.h"
 #include "VideoFormat.h"
 
@@ -289,40 +293,37 @@ void printPtimeTable(const std::vector<PtimeFigures>& all, std::ostream& out) {
     table.print(out);
 }
 
-int showPtimeTable(bool json, std::ostream& out) {
+Json::Value ptimeTableJson(const std::vector<PtimeFigures>& all) {
+    Json::Value array(Json::arrayValue);
+    for (const PtimeFigures& f : all) {
+        array.append(ptimeJson(f));
+    }
+    return array;
+}
+
+int showPtimeTable(Printer& printer) {
     std::vector<PtimeFigures> all;
     for (const auto& entry : PacketTimeOptions::getSamplesPerPacketByChannelFreq()) {
         for (PacketTimeOptions::samplesPerPkt_e spp : entry.second) {
             all.push_back(ptimeFiguresOf(spp, entry.first));
         }
     }
-    if (json) {
-        Json::Value array(Json::arrayValue);
-        for (const PtimeFigures& f : all) {
-            array.append(ptimeJson(f));
-        }
-        out << indentedJson(array);
-    } else {
-        printPtimeTable(all, out);
-    }
+    std::ostringstream text;
+    printPtimeTable(all, text);
+    printer.result(ptimeTableJson(all), text.str());
     return 0;
 }
 
-void printPtimeResult(const PtimeFigures& figures, const PtimeRequest& request, bool json,
-                      std::ostream& out) {
-    if (json) {
-        Json::Value result = ptimeJson(figures);
-        if (request.hasPtime) {
-            result["measured-packet-time-us"] = request.ptimeUs;
-        }
-        out << indentedJson(result);
-        return;
-    }
+void printPtimeResult(const PtimeFigures& figures, const PtimeRequest& request, Printer& printer) {
+    Json::Value json = ptimeJson(figures);
+    std::ostringstream text;
     if (request.hasPtime) {
-        out << request.ptimeUs << " us at " << request.freq << " Hz is " << figures.samplesPerPacket
-            << " samples per packet\n";
+        json["measured-packet-time-us"] = request.ptimeUs;
+        text << request.ptimeUs << " us at " << request.freq << " Hz is "
+             << figures.samplesPerPacket << " samples per packet\n";
     }
-    printPtimeFigures(figures, out);
+    printPtimeFigures(figures, text);
+    printer.result(json, text.str());
 }
 
 // ---- alarms ----
@@ -348,59 +349,68 @@ std::vector<AlarmLine> catalogueLines() {
     return lines;
 }
 
-void printAlarmLines(const std::vector<AlarmLine>& lines, bool json, std::ostream& out) {
-    if (json) {
-        Json::Value array(Json::arrayValue);
-        for (const AlarmLine& line : lines) {
-            Json::Value item(Json::objectValue);
-            item["type"] = line.type;
-            item["enumerator"] = line.enumerator;
-            item["severity"] = line.severity;
-            item["description"] = line.description;
-            array.append(item);
-        }
-        out << indentedJson(array);
-        return;
+Json::Value alarmLinesJson(const std::vector<AlarmLine>& lines) {
+    Json::Value array(Json::arrayValue);
+    for (const AlarmLine& line : lines) {
+        Json::Value item(Json::objectValue);
+        item["type"] = line.type;
+        item["enumerator"] = line.enumerator;
+        item["severity"] = line.severity;
+        item["description"] = line.description;
+        array.append(item);
     }
+    return array;
+}
+
+std::string alarmLinesText(const std::vector<AlarmLine>& lines) {
     TextTable table({TextTable::Right, TextTable::Left, TextTable::Left, TextTable::Left});
     table.add({"type", "enumerator", "severity", "description"});
     for (const AlarmLine& line : lines) {
         table.add({std::to_string(line.type), line.enumerator, line.severity, line.description});
     }
-    table.print(out);
+    std::ostringstream text;
+    table.print(text);
+    return text.str();
 }
 
-int showRaisedAlarms(const std::string& file, bool json, std::ostream& out, std::ostream& err) {
+// The raised alarms are only worth listing for a document that check would pass: what the
+// library drops or changes in it is told first, with check's exit code.
+int showRaisedAlarms(const std::string& file, Printer& printer) {
     const Kind& kind = *findKind("alarms");
-    Json::Value document;
-    Outcome outcome;
-    if (loadDocument(file, document, outcome)) {
-        outcome = checkDocument(kind, document, false);
-    }
+    const Outcome outcome = checkInput(kind, file, true);
+    const int exit = exitCodeOf(outcome.status);
+    printer.libraryLog(outcome.log);
     if (outcome.status == Outcome::Status::Unusable) {
-        err << file << ": " << outcome.problem << '\n';
-        return kUnusable;
+        printer.problem({file, outcome.line, outcome.column, outcome.problem, exit});
+        return exit;
     }
     AlarmManager manager;
     {
-        LogRecorder quiet;  // checkDocument has shown what this reading logs
+        LogRecorder quiet;  // the check has kept what this reading logs
+        Json::Value document = outcome.understood;
         manager.Deserialize(document);
     }
     std::vector<AlarmLine> lines;
     for (const Alarm& alarm : manager.getAlarmList()) {
         lines.push_back(alarmLine(alarm, Alarm::typeName(alarm.getType())));
     }
-    if (lines.empty() && !json) {
-        out << file << ": no alarm raised\n";
-        return 0;
+    Json::Value json(Json::objectValue);
+    json["file"] = file;
+    json["exit"] = exit;
+    json["check"] = outcomeJson(file, kind, outcome);
+    json["alarms"] = alarmLinesJson(lines);
+    if (outcome.status == Outcome::Status::Findings) {
+        Outcome findings = outcome;
+        findings.log.clear();  // shown above
+        printer.checked(file, kind, findings);
     }
-    printAlarmLines(lines, json, out);
-    return 0;
+    printer.result(json, lines.empty() ? file + ": no alarm raised\n" : alarmLinesText(lines));
+    return exit;
 }
 
 }  // namespace
 
-int showVideo(const std::string& format, bool json, std::ostream& out, std::ostream& err) {
+int showVideo(const std::string& format, Printer& printer) {
     if (format.empty()) {
         std::vector<VideoFigures> all;
         LogRecorder quiet;  // the table shows each refusal in its cell
@@ -409,81 +419,89 @@ int showVideo(const std::string& format, bool json, std::ostream& out, std::ostr
             VideoFormat video(static_cast<VideoFormat::video_format_t>(number));
             all.push_back(figuresOf(video));
         }
-        if (json) {
-            Json::Value array(Json::arrayValue);
-            for (const VideoFigures& figures : all) {
-                array.append(figuresJson(figures));
-            }
-            out << indentedJson(array);
-        } else {
-            printVideoTable(all, out);
+        Json::Value array(Json::arrayValue);
+        for (const VideoFigures& figures : all) {
+            array.append(figuresJson(figures));
         }
+        std::ostringstream text;
+        printVideoTable(all, text);
+        printer.result(array, text.str());
         return 0;
     }
     VideoFormat video;
     std::string how;
     const int result = formatFromArgument(format, video, how);
     if (result != 0) {
-        err << "zelct: unknown video format '" << format << "' (" << how << ": " << result << ")\n";
+        printer.problem(
+            {"", 0, 0,
+             "unknown video format '" + format + "' (" + how + ": " + std::to_string(result) + ")",
+             kRefused});
         return kRefused;
     }
     const VideoFigures figures = figuresOf(video);
-    if (json) {
-        out << indentedJson(figuresJson(figures));
-    } else {
-        printVideoFigures(figures, out);
-    }
+    std::ostringstream text;
+    printVideoFigures(figures, text);
+    printer.result(figuresJson(figures), text.str());
     return 0;
 }
 
-int showPtime(const PtimeRequest& request, bool json, std::ostream& out, std::ostream& err) {
+int showPtime(const PtimeRequest& request, Printer& printer) {
     using PTO = PacketTimeOptions;
     if (!request.hasFreq && !request.hasSamplesPerPacket && !request.hasPtime) {
-        return showPtimeTable(json, out);
+        return showPtimeTable(printer);
     }
     if (!request.hasFreq || request.hasSamplesPerPacket == request.hasPtime) {
-        err << "zelct: ptime needs --freq with either --spp or --ptime-us\n";
+        printer.problem(
+            {"", 0, 0, "ptime needs --freq with either --spp or --ptime-us", kUnusable});
         return kUnusable;
     }
     PTO::channelFreq_e freq = PTO::FREQ_48000;
     const int freqResult = PTO::toChannelFreqEnum(request.freq, freq);
     if (freqResult != 0) {
-        err << "zelct: " << request.freq
-            << " Hz is not a sampling frequency of the device (PacketTimeOptions::"
-               "toChannelFreqEnum: "
-            << freqResult << ")\n";
+        printer.problem({"", 0, 0,
+                         std::to_string(request.freq) +
+                             " Hz is not a sampling frequency of the device "
+                             "(PacketTimeOptions::toChannelFreqEnum: " +
+                             std::to_string(freqResult) + ")",
+                         kRefused});
         return kRefused;
     }
     PTO::samplesPerPkt_e spp = PTO::SPP_0;
     if (request.hasSamplesPerPacket) {
         const int sppResult = PTO::toSamplesPerPacketEnum(request.samplesPerPacket, spp);
         if (sppResult != 0) {
-            err << "zelct: " << request.samplesPerPacket
-                << " is not a samples-per-packet value of the device (PacketTimeOptions::"
-                   "toSamplesPerPacketEnum: "
-                << sppResult << ")\n";
+            printer.problem({"", 0, 0,
+                             std::to_string(request.samplesPerPacket) +
+                                 " is not a samples-per-packet value of the device "
+                                 "(PacketTimeOptions::toSamplesPerPacketEnum: " +
+                                 std::to_string(sppResult) + ")",
+                             kRefused});
             return kRefused;
         }
     } else {
         const int convertResult = PTO::convertPtimeToSamplesPerPacket(request.ptimeUs, freq, spp);
         if (convertResult != 0) {
-            err << "zelct: a packet time of " << request.ptimeUs << " us at " << request.freq
-                << " Hz fits no allowed samples per packet (PacketTimeOptions::"
-                   "convertPtimeToSamplesPerPacket: "
-                << convertResult << ")\n";
+            printer.problem({"", 0, 0,
+                             "a packet time of " + std::to_string(request.ptimeUs) + " us at " +
+                                 std::to_string(request.freq) +
+                                 " Hz fits no allowed samples per packet "
+                                 "(PacketTimeOptions::convertPtimeToSamplesPerPacket: " +
+                                 std::to_string(convertResult) + ")",
+                             kRefused});
             return kRefused;
         }
     }
     const PtimeFigures figures = ptimeFiguresOf(spp, freq);
-    printPtimeResult(figures, request, json, out);
+    printPtimeResult(figures, request, printer);
     return figures.allowed ? 0 : kRefused;
 }
 
-int showAlarms(const std::string& file, bool json, std::ostream& out, std::ostream& err) {
+int showAlarms(const std::string& file, Printer& printer) {
     if (!file.empty()) {
-        return showRaisedAlarms(file, json, out, err);
+        return showRaisedAlarms(file, printer);
     }
-    printAlarmLines(catalogueLines(), json, out);
+    const std::vector<AlarmLine> lines = catalogueLines();
+    printer.result(alarmLinesJson(lines), alarmLinesText(lines));
     return 0;
 }
 

@@ -1,13 +1,24 @@
 #include "Check.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <set>
 #include <utility>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
 #include "FileMgr.h"
+#include "ReadingScan.h"
 
 namespace zelct {
 
@@ -97,6 +108,28 @@ size_t likeness(const Json::Value& a, const Json::Value& b) {
     return shared;
 }
 
+// Whether two objects differ in one member at most.
+bool nearlyEqual(const Json::Value& a, const Json::Value& b) {
+    if (!a.isObject() || !b.isObject()) {
+        return false;
+    }
+    int differences = 0;
+    for (auto it = a.begin(); it != a.end() && differences <= 1; ++it) {
+        const std::string name = it.name();
+        const Json::Value* other = b.find(name.data(), name.data() + name.size());
+        if (other == nullptr || !sameValue(*it, *other)) {
+            ++differences;
+        }
+    }
+    for (auto it = b.begin(); it != b.end() && differences <= 1; ++it) {
+        const std::string name = it.name();
+        if (a.find(name.data(), name.data() + name.size()) == nullptr) {
+            ++differences;
+        }
+    }
+    return differences <= 1;
+}
+
 // Beyond this many candidate pairs, elements that differ simply pair by position.
 constexpr size_t kPairingBudget = 250000;
 
@@ -111,6 +144,7 @@ public:
           partner_(original.size(), -1),
           taken_(understood.size(), false) {
         pairEqualInPlace();
+        pairNearlyEqualInPlace();
         if (static_cast<size_t>(original.size()) * understood.size() <= kPairingBudget) {
             pairEqualElsewhere();
             pairMostAlike();
@@ -137,6 +171,17 @@ private:
     void pairEqualInPlace() {
         for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
             if (sameValue(original_[i], understood_[i])) {
+                pair(i, i);
+            }
+        }
+    }
+
+    // An element that differs from the one in its place by one member at most (a value the
+    // library changed, a member it dropped or added) is that element, whatever a search
+    // across the list would find; rows of a long table mostly pair here, cheaply.
+    void pairNearlyEqualInPlace() {
+        for (Json::ArrayIndex i = 0; i < original_.size() && i < understood_.size(); ++i) {
+            if (partner_[i] < 0 && !taken_[i] && nearlyEqual(original_[i], understood_[i])) {
                 pair(i, i);
             }
         }
@@ -204,20 +249,81 @@ std::string patternText(const JsonPath& path) {
     return text;
 }
 
+// The document with the node at the path removed, in place: a member is removed, the last
+// array element is cut off, an element in the middle becomes null so the others keep their
+// index.
+void removeAt(Json::Value& document, const JsonPath& path) {
+    if (path.empty()) {
+        document = Json::Value();
+        return;
+    }
+    const JsonPath parentPath(path.begin(), path.end() - 1);
+    Json::Value* parent = nodeAt(document, parentPath);
+    const PathStep& last = path.back();
+    if (parent == nullptr) {
+        return;
+    }
+    if (!last.isIndex) {
+        if (parent->isObject()) {
+            parent->removeMember(last.key);
+        }
+    } else if (parent->isArray() && last.index < parent->size()) {
+        if (last.index + 1 == parent->size()) {
+            parent->resize(last.index);
+        } else {
+            (*parent)[last.index] = Json::Value();
+        }
+    }
+}
+
+// How a node is changed to see whether the reading notices.
+enum class Perturbation { Probe, Remove, Other };
+
+// A node whose reading is in question, and the finding that waits for the answer.
+struct Question {
+    enum class Kind {
+        Read,   // does the class read it? (findings Changed/NotWrittenBack or Dropped)
+        Empty,  // does removing an empty member change the reading? (no finding if not)
+    };
+    Kind kind;
+    JsonPath path;
+    const Json::Value* original;
+    size_t finding;  // index of the waiting finding
+    bool answer;     // read, or (Empty) noticed when removed
+};
+
+// Where questions are answered: the whole document, or one element of a top-level array read
+// alone as a list of one, with its own baseline. Lists whose elements read alone as they read
+// among the others (each element appended on its own) are answered element by element, so a
+// question costs the reading of its element, not of the whole document.
+struct Scope {
+    bool local = false;
+    Json::ArrayIndex element = 0;  // of a local scope
+    Reading alone;                 // the reading of the element alone, for a local scope
+    const Reading* baseline = nullptr;
+    size_t nodes = 0;
+};
+
 class Comparison {
 public:
     Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline,
                size_t exactWork)
-        : kind_(kind),
-          document_(document),
-          baseline_(baseline),
-          exactWork_(exactWork),
-          nodes_(nodeCount(document)) {}
+        : kind_(kind), document_(document), baseline_(baseline), exactWork_(exactWork) {}
 
     std::vector<Finding> run() {
         JsonPath path;
-        walk(document_, understoodAsShaped(baseline_.understood, document_), path);
-        return std::move(findings_);
+        const Json::Value empty = understoodAsShaped(Json::Value(), document_);
+        const Json::Value& understood =
+            baseline_.understood.isNull() ? empty : baseline_.understood;
+        walk(document_, understood, path);
+        answerAll(understood);
+        std::vector<Finding> findings;
+        for (size_t i = 0; i < findings_.size(); ++i) {
+            if (!ignorable_[i]) {
+                findings.push_back(std::move(findings_[i]));
+            }
+        }
+        return findings;
     }
 
 private:
@@ -230,7 +336,8 @@ private:
         } else if (original.isArray() && understood.isArray()) {
             walkElements(original, understood, path);
         } else {
-            differs(original, understood, path);
+            ask(Question::Kind::Read, original, path,
+                {Finding::Type::Changed, path, original, understood});
         }
     }
 
@@ -271,7 +378,7 @@ private:
         for (Json::ArrayIndex j = 0; j < understood.size(); ++j) {
             if (!paired[j]) {
                 path.push_back(PathStep::element(j));
-                findings_.push_back({Finding::Type::Added, path, Json::Value(), understood[j]});
+                addFinding({Finding::Type::Added, path, Json::Value(), understood[j]});
                 path.pop_back();
             }
         }
@@ -283,67 +390,208 @@ private:
         } else if (original != nullptr) {
             missing(*original, path);
         } else {
-            findings_.push_back({Finding::Type::Added, path, Json::Value(), *understood});
+            addFinding({Finding::Type::Added, path, Json::Value(), *understood});
         }
     }
 
-    void differs(const Json::Value& original, const Json::Value& understood, const JsonPath& path) {
-        if (isRead(original, path)) {
-            findings_.push_back({Finding::Type::Changed, path, original, understood});
-        } else {
-            findings_.push_back({Finding::Type::Dropped, path, original, Json::Value()});
-        }
-    }
-
+    // An empty member that the class does not write back says nothing the reading would miss,
+    // as long as the reading is the same without it; else it is read or dropped.
     void missing(const Json::Value& original, const JsonPath& path) {
-        // An empty member that the class does not write back says nothing the reading
-        // would miss, as long as the reading is the same without it.
-        if (isEmptyValue(original) &&
-            decide("empty", path, [&] { return !changesReading(removedAt(document_, path)); })) {
+        ask(isEmptyValue(original) ? Question::Kind::Empty : Question::Kind::Read, original, path,
+            {Finding::Type::NotWrittenBack, path, original, Json::Value()});
+    }
+
+    size_t addFinding(Finding finding) {
+        findings_.push_back(std::move(finding));
+        ignorable_.push_back(false);
+        return findings_.size() - 1;
+    }
+
+    void ask(Question::Kind kind, const Json::Value& original, const JsonPath& path,
+             Finding ifRead) {
+        questions_.push_back({kind, path, &original, addFinding(std::move(ifRead)), false});
+    }
+
+    // ---- answers ----
+
+    void answerAll(const Json::Value& understood) {
+        if (questions_.empty()) {
             return;
         }
-        const Finding::Type type =
-            isRead(original, path) ? Finding::Type::NotWrittenBack : Finding::Type::Dropped;
-        findings_.push_back({type, path, original, Json::Value()});
-    }
-
-    bool isRead(const Json::Value& original, const JsonPath& path) {
-        return decide(jsonTypeText(original), path, [&] { return probeRead(original, path); });
-    }
-
-    // Each decision reads the whole document again, so a long list whose elements all differ
-    // alike would cost the square of its length. Past a budget of work, once the same
-    // question about the same member of every element (the path with its indices left out)
-    // has had the same answer a few times, that answer holds for the other elements. Small
-    // documents are always decided node by node.
-    template <class Compute>
-    bool decide(const char* question, const JsonPath& path, Compute compute) {
-        Verdict& verdict = verdicts_[std::string(question) + " " + patternText(path)];
-        if (rereads_ * nodes_ > exactWork_ && verdict.seen >= kTrustedAfter && verdict.agreed) {
-            return verdict.answer;
+        // Questions grouped by the top-level element they are under, when the elements read
+        // alone as they do in the list; all others are answered on the whole document.
+        std::map<Json::ArrayIndex, std::vector<size_t>> byElement;
+        std::vector<size_t> whole;
+        for (size_t i = 0; i < questions_.size(); ++i) {
+            const JsonPath& path = questions_[i].path;
+            if (document_.isArray() && !path.empty() && path[0].isIndex) {
+                byElement[path[0].index].push_back(i);
+            } else {
+                whole.push_back(i);
+            }
         }
-        const bool answer = compute();
+        for (auto& element : byElement) {
+            Scope scope;
+            if (readsAlone(element.first, understood, scope)) {
+                answerInScope(scope, element.second);
+            } else {
+                whole.insert(whole.end(), element.second.begin(), element.second.end());
+            }
+        }
+        if (!whole.empty()) {
+            std::sort(whole.begin(), whole.end());
+            Scope scope;
+            scope.baseline = &baseline_;
+            scope.nodes = nodeCount(document_);
+            answerInScope(scope, whole);
+        }
+        for (const Question& question : questions_) {
+            settle(question);
+        }
+    }
+
+    bool readsAlone(Json::ArrayIndex index, const Json::Value& understood, Scope& scope) {
+        if (!understood.isArray() || index >= understood.size()) {
+            return false;
+        }
+        scope.local = true;
+        scope.element = index;
+        scope.nodes = nodeCount(document_[index]) + 1;
+        Json::Value copy = copyOf(scope);
+        scope.alone = readInPlace(kind_, copy);
+        scope.baseline = &scope.alone;
+        work_ += scope.nodes;
+        const Json::Value& alone = scope.alone.understood;
+        return !scope.alone.failed && alone.isArray() && alone.size() == 1 &&
+               sameValue(alone[0], understood[index]);
+    }
+
+    void answerInScope(const Scope& scope, const std::vector<size_t>& items) {
+        std::vector<size_t> reads;
+        std::vector<size_t> empties;
+        for (size_t i : items) {
+            (questions_[i].kind == Question::Kind::Read ? reads : empties).push_back(i);
+        }
+        answerGroup(scope, reads);
+        answerGroup(scope, empties);
+    }
+
+    // Perturbs the whole group at once: when the reading does not notice, no node of it
+    // matters; when it does, each half is asked again, so only groups holding a node that
+    // matters are split. Past the budget of exact work, questions whose pattern (the path
+    // without its indices) has had the same answer a few times take that answer.
+    void answerGroup(const Scope& scope, std::vector<size_t> items) {
+        if (work_ > exactWork_) {
+            items.erase(std::remove_if(items.begin(), items.end(),
+                                       [&](size_t i) { return answerFromPattern(i); }),
+                        items.end());
+        }
+        if (items.empty()) {
+            return;
+        }
+        const bool noticed = questions_[items[0]].kind == Question::Kind::Empty
+                                 ? notices(scope, items, Perturbation::Remove)
+                                 : notices(scope, items, Perturbation::Probe) ||
+                                       notices(scope, items, Perturbation::Remove) ||
+                                       notices(scope, items, Perturbation::Other);
+        if (!noticed || items.size() == 1) {
+            for (size_t i : items) {
+                record(i, noticed);
+            }
+            return;
+        }
+        const auto middle = items.begin() + static_cast<std::ptrdiff_t>(items.size() / 2);
+        answerGroup(scope, std::vector<size_t>(items.begin(), middle));
+        answerGroup(scope, std::vector<size_t>(middle, items.end()));
+    }
+
+    // The document a scope's questions perturb, fresh: the element alone as a list of one, or
+    // the whole document.
+    Json::Value copyOf(const Scope& scope) const {
+        if (!scope.local) {
+            return document_;
+        }
+        Json::Value list(Json::arrayValue);
+        list.append(document_[scope.element]);
+        return list;
+    }
+
+    JsonPath scopedPath(const Scope& scope, const JsonPath& path) const {
+        JsonPath scoped = path;
+        if (scope.local) {
+            scoped[0] = PathStep::element(0);
+        }
+        return scoped;
+    }
+
+    bool notices(const Scope& scope, const std::vector<size_t>& items, Perturbation how) {
+        Json::Value perturbed = copyOf(scope);
+        bool changed = false;
+        // From the last node back, so that cutting off the last elements of an array leaves
+        // the indices of the earlier ones as they are.
+        for (auto it = items.rbegin(); it != items.rend(); ++it) {
+            const Question& question = questions_[*it];
+            const JsonPath path = scopedPath(scope, question.path);
+            if (how == Perturbation::Remove) {
+                removeAt(perturbed, path);
+                changed = true;
+                continue;
+            }
+            Json::Value value = probeValue();
+            if (how == Perturbation::Other && !otherValueOfType(*question.original, value)) {
+                continue;
+            }
+            if (Json::Value* node = nodeAt(perturbed, path)) {
+                *node = value;
+                changed = true;
+            }
+        }
+        if (!changed) {
+            return false;
+        }
+        work_ += scope.nodes;
+        return !sameReading(readInPlace(kind_, perturbed), *scope.baseline);
+    }
+
+    std::string patternOf(const Question& question) const {
+        return (question.kind == Question::Kind::Read
+                    ? std::string(jsonTypeText(*question.original))
+                    : std::string("empty")) +
+               " " + patternText(question.path);
+    }
+
+    bool answerFromPattern(size_t i) {
+        const auto found = verdicts_.find(patternOf(questions_[i]));
+        if (found == verdicts_.end() || found->second.seen < kTrustedAfter ||
+            !found->second.agreed) {
+            return false;
+        }
+        questions_[i].answer = found->second.answer;
+        return true;
+    }
+
+    void record(size_t i, bool answer) {
+        Question& question = questions_[i];
+        question.answer = answer;
+        Verdict& verdict = verdicts_[patternOf(question)];
         if (verdict.seen > 0 && answer != verdict.answer) {
             verdict.agreed = false;
         }
         verdict.answer = answer;
         ++verdict.seen;
-        return answer;
     }
 
-    bool probeRead(const Json::Value& original, const JsonPath& path) {
-        if (changesReading(replacedAt(document_, path, probeValue())) ||
-            changesReading(removedAt(document_, path))) {
-            return true;
+    void settle(const Question& question) {
+        Finding& finding = findings_[question.finding];
+        if (question.kind == Question::Kind::Empty) {
+            // Removing it changes the reading, so it is read and not written back.
+            ignorable_[question.finding] = !question.answer;
+            return;
         }
-        Json::Value other;
-        return otherValueOfType(original, other) &&
-               changesReading(replacedAt(document_, path, other));
-    }
-
-    bool changesReading(const Json::Value& perturbed) {
-        ++rereads_;
-        return !sameReading(readAs(kind_, perturbed), baseline_);
+        if (!question.answer) {
+            finding.type = Finding::Type::Dropped;
+            finding.understood = Json::Value();
+        }
     }
 
     struct Verdict {
@@ -357,41 +605,75 @@ private:
     const Json::Value& document_;
     const Reading& baseline_;
     std::vector<Finding> findings_;
+    std::vector<bool> ignorable_;  // an empty member whose removal the reading never notices
+    std::vector<Question> questions_;
     std::map<std::string, Verdict> verdicts_;
     size_t exactWork_;  // nodes read again, all readings together
-    size_t rereads_ = 0;
-    size_t nodes_;
+    size_t work_ = 0;
 };
 
-std::vector<JsonPath> childPaths(const Json::Value& node, const JsonPath& path) {
-    std::vector<JsonPath> children;
+// The node a path names in a document that is only looked at, or nullptr.
+const Json::Value* constNodeAt(const Json::Value& document, const JsonPath& path) {
+    const Json::Value* node = &document;
+    for (const PathStep& step : path) {
+        if (step.isIndex) {
+            if (!node->isArray() || step.index >= node->size()) {
+                return nullptr;
+            }
+            node = &(*node)[step.index];
+        } else {
+            if (!node->isObject()) {
+                return nullptr;
+            }
+            node = node->find(step.key.data(), step.key.data() + step.key.size());
+            if (node == nullptr) {
+                return nullptr;
+            }
+        }
+    }
+    return node;
+}
+
+// The children of a node, for the search of a rejected one. Their addresses stay valid while
+// the node gains or loses no child.
+struct Children {
+    std::vector<Json::Value*> values;
+    std::vector<std::string> names;  // for an object
+};
+
+Children childrenOf(Json::Value& node) {
+    Children children;
     if (node.isObject()) {
-        for (const std::string& name : node.getMemberNames()) {
-            children.push_back(path);
-            children.back().push_back(PathStep::member(name));
+        children.names = node.getMemberNames();
+        for (const std::string& name : children.names) {
+            children.values.push_back(&node[name]);
         }
     } else if (node.isArray()) {
         for (Json::ArrayIndex i = 0; i < node.size(); ++i) {
-            children.push_back(path);
-            children.back().push_back(PathStep::element(i));
+            children.values.push_back(&node[i]);
         }
     }
     return children;
 }
 
-// The document with the children from `first` on replaced by null.
-Json::Value withNullsFrom(const Json::Value& document, const std::vector<JsonPath>& children,
-                          size_t first) {
-    Json::Value copy = document;
-    for (size_t i = first; i < children.size(); ++i) {
-        *nodeAt(copy, children[i]) = Json::Value();
-    }
-    return copy;
+PathStep stepTo(const Children& children, size_t i) {
+    return children.names.empty() ? PathStep::element(static_cast<Json::ArrayIndex>(i))
+                                  : PathStep::member(children.names[i]);
 }
 
-bool readsWithNullsFrom(const Kind& kind, const Json::Value& document,
-                        const std::vector<JsonPath>& children, size_t first) {
-    return !readAs(kind, withNullsFrom(document, children, first)).failed;
+// Whether the reading succeeds with the children from `first` on set to null. They are
+// swapped out and back, so the document is never copied for a question but by the reading.
+bool readsWithNullsFrom(const Kind& kind, const Json::Value& work, const Children& children,
+                        size_t first) {
+    std::vector<Json::Value> saved(children.values.size() - first);
+    for (size_t i = first; i < children.values.size(); ++i) {
+        children.values[i]->swap(saved[i - first]);
+    }
+    const bool reads = !readAs(kind, work).failed;
+    for (size_t i = first; i < children.values.size(); ++i) {
+        children.values[i]->swap(saved[i - first]);
+    }
+    return reads;
 }
 
 const char* fileMgrMeaning(int code) {
@@ -405,6 +687,48 @@ const char* fileMgrMeaning(int code) {
     }
 }
 
+// FileMgr only says that it refused the file; opening it the same way tells why.
+std::string loadFailureCause(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        return std::strerror(errno);
+    }
+    std::string cause = fileMgrMeaning(FileMgr::kErrOpenRead);
+    struct stat info {};
+    if (::fstat(fd, &info) == 0) {
+        if (S_ISDIR(info.st_mode)) {
+            cause = "a directory, not a regular file";
+        } else if (!S_ISREG(info.st_mode)) {
+            cause = "not a regular file";
+        } else if (info.st_size > FileMgr::kMaxFileSize) {
+            cause = "larger than 100 MiB";
+        }
+    }
+    ::close(fd);
+    return cause;
+}
+
+// A parse failure quotes jsoncpp's first message, as FileMgr logged it ("* Line 2, Column
+// 14\n  Syntax error: ..."); the position is the outcome's own.
+void describeParseError(Outcome& failure) {
+    static const std::string logged = "ERR::Error: '* Line ";
+    static const std::string indent = "\n  ";
+    for (const LogLine& line : failure.log) {
+        if (line.text.compare(0, logged.size(), logged) != 0) {
+            continue;
+        }
+        const size_t start = line.text.find(indent);
+        if (start == std::string::npos) {
+            continue;
+        }
+        const size_t from = start + indent.size();
+        const std::string message = line.text.substr(from, line.text.find('\n', from) - from);
+        failure.problem = "not valid JSON: " + message + " (FileMgr code " +
+                          std::to_string(failure.fileMgrCode) + ")";
+        return;
+    }
+}
+
 Outcome unusable(std::string problem) {
     Outcome outcome;
     outcome.status = Outcome::Status::Unusable;
@@ -412,30 +736,247 @@ Outcome unusable(std::string problem) {
     return outcome;
 }
 
-Outcome unreadable(const Kind& kind, const Json::Value& document, const Reading& reading) {
-    const FailurePlace place = locateFailure(kind, document);
-    Outcome outcome;
-    if (place.found) {
-        Json::Value copy = document;
-        const std::string& error = place.error.empty() ? reading.error : place.error;
-        outcome = unusable(pointerText(place.path) + ": the library cannot read " +
-                           quoted(*nodeAt(copy, place.path)) + " here (" + error + ")");
-    } else {
-        outcome = unusable("the library cannot read it (" + reading.error + ")");
+// A JSON text cut out of the file, as the device's parser reads it; null when it is none.
+Json::Value parsedSlice(const std::string& bytes, size_t begin, size_t end) {
+    Json::Value value;
+    if (begin >= end || end > bytes.size()) {
+        return value;
     }
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    std::string errors;
+    if (!reader->parse(bytes.data() + begin, bytes.data() + end, &value, &errors)) {
+        return Json::Value();
+    }
+    return value;
+}
+
+// What the device's writer makes of a string: jsoncpp's styled text without its line break.
+std::string writtenBack(const Json::Value& text) {
+    std::string written = text.toStyledString();
+    while (!written.empty() && written.back() == '\n') {
+        written.pop_back();
+    }
+    return written;
+}
+
+Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
+    Finding finding{Finding::Type::Comment, trap.path, Json::Value(), Json::Value()};
+    switch (trap.type) {
+        case ReadingTrap::Type::DuplicateMember: {
+            finding.type = Finding::Type::DuplicateMember;
+            finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            break;
+        }
+        case ReadingTrap::Type::TrailingText:
+            finding.type = Finding::Type::TrailingText;
+            break;
+        case ReadingTrap::Type::Comment:
+            finding.type = Finding::Type::Comment;
+            break;
+        case ReadingTrap::Type::TrailingComma:
+            finding.type = Finding::Type::TrailingComma;
+            break;
+        case ReadingTrap::Type::AfterNul:
+            finding.type = Finding::Type::AfterNul;
+            finding.original = Json::Value(static_cast<Json::LargestUInt>(trap.count));
+            break;
+        case ReadingTrap::Type::NotUtf8:
+            finding.type = Finding::Type::NotUtf8;
+            finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            finding.understood = writtenBack(finding.original);
+            break;
+    }
+    const Position position = source.lines.at(trap.offset);
+    finding.line = position.line;
+    finding.column = position.column;
+    return finding;
+}
+
+// Findings of the text itself, before any class reads it: what the device's parser accepts
+// and reads otherwise than a strict reader would.
+std::vector<Finding> readingFindings(const SourceText& source, const Json::Value& document) {
+    std::vector<Finding> findings;
+    for (const ReadingTrap& trap : scanReadingTraps(source.bytes, source.deviceLength)) {
+        findings.push_back(findingOfTrap(trap, source));
+        if (trap.type == ReadingTrap::Type::DuplicateMember) {
+            if (const Json::Value* kept = constNodeAt(document, trap.path)) {
+                findings.back().understood = *kept;
+            }
+        }
+    }
+    return findings;
+}
+
+// Where a finding is: the node itself, the name of a member, or for an added node the object
+// or array it was added to.
+Position positionOfPath(const SourceText& source, const Json::Value& document, JsonPath path,
+                        bool added) {
+    if (added && !path.empty()) {
+        path.pop_back();
+    }
+    const Json::Value* node = constNodeAt(document, path);
+    if (node == nullptr) {
+        return Position();
+    }
+    return source.positionOf(*node, !path.empty() && !path.back().isIndex);
+}
+
+void placeFindings(std::vector<Finding>& findings, const SourceText& source,
+                   const Json::Value& document) {
+    for (Finding& finding : findings) {
+        const Position position =
+            positionOfPath(source, document, finding.path, finding.type == Finding::Type::Added);
+        finding.line = position.line;
+        finding.column = position.column;
+    }
+}
+
+void placeOutcome(Outcome& outcome, Position position) {
+    outcome.line = position.line;
+    outcome.column = position.column;
+}
+
+// A reading that throws: the first node it rejects, quoted as the file has it. `work` is the
+// caller's and is changed by the search.
+Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
+                   const SourceText* source) {
+    const FailurePlace place = locateFailureInPlace(kind, work);
+    if (!place.found) {
+        Outcome outcome = unusable("the library cannot read it (" + reading.error + ")");
+        return outcome;
+    }
+    // The node itself is as it was; members the reading added to it have no place in the
+    // text, so the file's own text of it is quoted when there is one.
+    const Json::Value& node = *constNodeAt(work, place.path);
+    Json::Value asWritten = node;
+    if (source != nullptr && node.getOffsetLimit() > node.getOffsetStart()) {
+        const Json::Value slice =
+            parsedSlice(source->bytes, static_cast<size_t>(node.getOffsetStart()),
+                        static_cast<size_t>(node.getOffsetLimit()));
+        if (!slice.isNull()) {
+            asWritten = slice;
+        }
+    }
+    const std::string& error = place.error.empty() ? reading.error : place.error;
+    Outcome outcome = unusable(pointerText(place.path) + ": the library cannot read " +
+                               quoted(asWritten) + " here (" + error + ")");
     outcome.problemPlace = place;
+    if (source != nullptr) {
+        placeOutcome(outcome, source->positionOf(node, !place.path.back().isIndex));
+    }
     return outcome;
+}
+
+// jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
+Position parseErrorPosition(const SourceText& source) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value ignored;
+    std::string errors;
+    try {
+        if (reader->parse(source.bytes.data(), source.bytes.data() + source.deviceLength, &ignored,
+                          &errors)) {
+            return Position();
+        }
+    } catch (const std::exception&) {
+        return Position();
+    }
+    int line = 0;
+    int column = 0;
+    if (std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column) != 2) {
+        return Position();
+    }
+    return source.lines.at(source.lines.offsetOf(line, column));
+}
+
+// The whole file, as it lies on disk, for positions and for what follows a NUL byte.
+std::unique_ptr<SourceText> readSource(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return nullptr;
+    }
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return std::make_unique<SourceText>(std::move(bytes));
+}
+
+// The deepest nesting jsoncpp's reader accepts with its default settings.
+constexpr size_t kParserNestingLimit = 1000;
+
+// Whether the reading succeeds with the list cut to its first `count` elements. The list is
+// swapped with the shorter one and back, so only the kept elements are copied.
+bool readsWithFirst(const Kind& kind, const Json::Value& work, Json::Value& list, size_t count) {
+    Json::Value shorter(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < count; ++i) {
+        shorter.append(list[i]);
+    }
+    list.swap(shorter);
+    const bool reads = !readAs(kind, work).failed;
+    list.swap(shorter);
+    return reads;
+}
+
+// Cuts a list to its first `count` elements; building the shorter list is cheaper than
+// erasing the others one by one from jsoncpp's map.
+void keepFirst(Json::Value& list, size_t count) {
+    Json::Value shorter(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < count; ++i) {
+        shorter.append(Json::Value());
+        shorter[i].swap(list[i]);
+    }
+    shorter.swap(list);
+}
+
+// The first element of a list that the reading rejects: the lengths tried grow from the
+// front by doubling and are then halved, so a list rejected early costs what its head costs.
+bool firstRejectedElement(const Kind& kind, const Json::Value& work, Json::Value& list,
+                          size_t& first) {
+    if (list.empty() || !readsWithFirst(kind, work, list, 0)) {
+        return false;
+    }
+    size_t reads = 0;            // reading succeeds with the first `reads` elements
+    size_t fails = list.size();  // reading fails with the first `fails` elements
+    for (size_t count = 1; count < fails; count *= 2) {
+        if (!readsWithFirst(kind, work, list, count)) {
+            fails = count;
+            break;
+        }
+        reads = count;
+    }
+    while (fails - reads > 1) {
+        const size_t middle = reads + (fails - reads) / 2;
+        (readsWithFirst(kind, work, list, middle) ? reads : fails) = middle;
+    }
+    first = reads;
+    return true;
+}
+
+bool firstRejectedMember(const Kind& kind, const Json::Value& work, const Children& children,
+                         size_t& first) {
+    if (children.values.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
+        return false;
+    }
+    size_t reads = 0;                       // reading succeeds with children[reads..] null
+    size_t fails = children.values.size();  // reading fails with children[fails..] null
+    while (fails - reads > 1) {
+        const size_t middle = reads + (fails - reads) / 2;
+        (readsWithNullsFrom(kind, work, children, middle) ? reads : fails) = middle;
+    }
+    first = reads;
+    return true;
 }
 
 }  // namespace
 
 Reading readAs(const Kind& kind, const Json::Value& document) {
+    Json::Value copy = document;
+    return readInPlace(kind, copy);
+}
+
+Reading readInPlace(const Kind& kind, Json::Value& document) {
     Reading reading;
     LogRecorder recorder;
     try {
-        Json::Value copy = document;
         std::unique_ptr<IJsonSerializable> object = kind.make();
-        object->Deserialize(copy);
+        object->Deserialize(document);
         object->Serialize(reading.understood);
     } catch (const std::exception& e) {
         reading.failed = true;
@@ -460,12 +1001,25 @@ const char* findingTypeName(Finding::Type type) {
             return "not-written-back";
         case Finding::Type::Added:
             return "added";
+        case Finding::Type::DuplicateMember:
+            return "duplicate-member";
+        case Finding::Type::TrailingText:
+            return "trailing-text";
+        case Finding::Type::Comment:
+            return "comment";
+        case Finding::Type::TrailingComma:
+            return "trailing-comma";
+        case Finding::Type::AfterNul:
+            return "after-nul";
+        case Finding::Type::NotUtf8:
+            return "not-utf8";
     }
     return "";
 }
 
 std::string findingText(const Finding& finding) {
-    const std::string where = pointerText(finding.path) + ": ";
+    // The whole document has the empty pointer, which would leave a bare ": " in front.
+    const std::string where = finding.path.empty() ? "" : pointerText(finding.path) + ": ";
     switch (finding.type) {
         case Finding::Type::Dropped:
             return where + "dropped (never read)";
@@ -475,6 +1029,22 @@ std::string findingText(const Finding& finding) {
             return where + quoted(finding.original) + " read but not written back";
         case Finding::Type::Added:
             return where + "added with default " + quoted(finding.understood);
+        case Finding::Type::DuplicateMember:
+            return where + "member given again later in its object; the device keeps the last " +
+                   "value, " + quoted(finding.understood) + ", and ignores this one, " +
+                   quoted(finding.original);
+        case Finding::Type::TrailingText:
+            return where + "text after the document; the device never reads it";
+        case Finding::Type::Comment:
+            return where + "comment; the device skips it and never writes it back";
+        case Finding::Type::TrailingComma:
+            return where + "trailing comma; the device skips it";
+        case Finding::Type::AfterNul:
+            return where + "NUL byte; the device loads the file only up to here and ignores " +
+                   "the " + std::to_string(finding.original.asLargestUInt()) + " bytes from here";
+        case Finding::Type::NotUtf8:
+            return where + "text not valid UTF-8; the device keeps its bytes and writes it back " +
+                   "as " + finding.understood.asString();
     }
     return where;
 }
@@ -485,32 +1055,38 @@ std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& docume
 }
 
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
-    // Null reads as the defaults, so nulling more children never makes a reading fail. The
-    // first child that the reading rejects is the last one that must keep its value for the
-    // reading to fail while every child after it is null; with those nulled, the search goes
-    // on inside it. Bisection keeps long arrays cheap.
-    FailurePlace place;
     Json::Value work = document;
-    JsonPath path;
+    return locateFailureInPlace(kind, work);
+}
+
+FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work) {
+    // Null reads as the defaults and a shorter list reads as fewer elements, so nulling more
+    // members or cutting a list shorter never makes a reading fail. The first child that the
+    // reading rejects is the last one that must stay for the reading to fail while every
+    // child after it is null or cut off; with those gone, the search goes on inside it.
+    FailurePlace place;
+    Json::Value* node = &work;
     while (true) {
-        const std::vector<JsonPath> children = childPaths(*nodeAt(work, path), path);
-        if (children.empty() || !readsWithNullsFrom(kind, work, children, 0)) {
-            break;
-        }
-        size_t reads = 0;                // reading succeeds with children[reads..] null
-        size_t fails = children.size();  // reading fails with children[fails..] null
-        while (fails - reads > 1) {
-            const size_t middle = reads + (fails - reads) / 2;
-            if (readsWithNullsFrom(kind, work, children, middle)) {
-                reads = middle;
-            } else {
-                fails = middle;
+        size_t first = 0;
+        if (node->isArray()) {
+            if (!firstRejectedElement(kind, work, *node, first)) {
+                break;
             }
+            keepFirst(*node, first + 1);
+            place.path.push_back(PathStep::element(static_cast<Json::ArrayIndex>(first)));
+            node = &(*node)[static_cast<Json::ArrayIndex>(first)];
+        } else {
+            const Children children = childrenOf(*node);
+            if (!firstRejectedMember(kind, work, children, first)) {
+                break;
+            }
+            for (size_t i = first + 1; i < children.values.size(); ++i) {
+                *children.values[i] = Json::Value();
+            }
+            place.path.push_back(stepTo(children, first));
+            node = children.values[first];
         }
-        work = withNullsFrom(work, children, reads + 1);
-        path = children[reads];
         place.found = true;
-        place.path = path;
     }
     if (place.found) {
         place.error = readAs(kind, work).error;
@@ -530,45 +1106,166 @@ int exitCodeOf(Outcome::Status status) {
     return 2;
 }
 
-Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings) {
-    if (!hasTopLevel(kind, document)) {
-        return unusable(std::string("the top-level value is ") + jsonTypeText(document) +
-                        ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
-    }
-    const Reading reading = readAs(kind, document);
-    showLog(reading.log);
-    if (reading.failed) {
-        return unreadable(kind, document, reading);
-    }
-    Outcome outcome;
-    outcome.understood = reading.understood;
-    if (withFindings) {
-        outcome.findings = findDifferences(kind, document, reading);
-        outcome.status =
-            outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
+namespace {
+
+Outcome wrongTopLevel(const Kind& kind, const Json::Value& document, const SourceText* source) {
+    Outcome outcome = unusable(std::string("the top-level value is ") + jsonTypeText(document) +
+                               ", expected " + topLevelText(kind.topLevel) + " for " + kind.name);
+    if (source != nullptr) {
+        placeOutcome(outcome, source->positionOf(document, false));
     }
     return outcome;
 }
 
-bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure) {
-    FileMgr files;
-    const int code = files.loadLocalCfg(path, document);
-    if (code != 0) {
-        failure = unusable("cannot load (FileMgr code " + std::to_string(code) + ": " +
-                           fileMgrMeaning(code) + ")");
-        failure.fileMgrCode = code;
-        return false;
+// A top-level "$schema" names the schema an editor checks the document against. The library
+// never reads it, as intended, so it is no finding.
+bool isSchemaReference(const Finding& finding) {
+    return finding.type == Finding::Type::Dropped && finding.path.size() == 1 &&
+           !finding.path[0].isIndex && finding.path[0].key == "$schema";
+}
+
+// The verdict on a document that was read without failing.
+Outcome judged(const Kind& kind, const Json::Value& document, Reading& reading, bool withFindings,
+               const SourceText* source) {
+    Outcome outcome;
+    if (withFindings) {
+        if (source != nullptr) {
+            outcome.findings = readingFindings(*source, document);
+        }
+        std::vector<Finding> differences = findDifferences(kind, document, reading);
+        differences.erase(
+            std::remove_if(differences.begin(), differences.end(), &isSchemaReference),
+            differences.end());
+        if (source != nullptr) {
+            placeFindings(differences, *source, document);
+        }
+        std::move(differences.begin(), differences.end(), std::back_inserter(outcome.findings));
+        outcome.status =
+            outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
     }
-    return true;
+    outcome.understood = std::move(reading.understood);
+    outcome.log = std::move(reading.log);
+    return outcome;
+}
+
+// The document of a file as the device's parser gives it.
+bool parsedAgain(const SourceText& source, Json::Value& document) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    std::string errors;
+    return reader->parse(source.bytes.data(), source.bytes.data() + source.deviceLength, &document,
+                         &errors);
+}
+
+// Checks a loaded file reading its document in place, as the device does, so that a document
+// the library cannot read is never copied. The comparison needs the document as the file
+// has it, which the reading changed: it is parsed again from the text.
+Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings) {
+    const SourceText& source = *loaded.source;
+    if (!hasTopLevel(kind, loaded.document)) {
+        return wrongTopLevel(kind, loaded.document, &source);
+    }
+    Reading reading = readInPlace(kind, loaded.document);
+    if (reading.failed) {
+        Outcome outcome = unreadable(kind, loaded.document, reading, &source);
+        outcome.log = std::move(reading.log);
+        return outcome;
+    }
+    if (!withFindings) {
+        return judged(kind, loaded.document, reading, false, &source);
+    }
+    loaded.document = Json::Value();
+    Json::Value document;
+    if (!parsedAgain(source, document)) {
+        return unusable("the file changed while it was checked");
+    }
+    return judged(kind, document, reading, true, &source);
+}
+
+}  // namespace
+
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
+                      const SourceText* source) {
+    if (!hasTopLevel(kind, document)) {
+        return wrongTopLevel(kind, document, source);
+    }
+    Json::Value work = document;
+    Reading reading = readInPlace(kind, work);
+    if (reading.failed) {
+        work = document;
+        Outcome outcome = unreadable(kind, work, reading, source);
+        outcome.log = std::move(reading.log);
+        return outcome;
+    }
+    work = Json::Value();
+    return judged(kind, document, reading, withFindings, source);
+}
+
+bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
+    LogRecorder recorder;
+    int code = 0;
+    std::string thrown;
+    try {
+        code = FileMgr().loadLocalCfg(path, loaded.document);
+    } catch (const std::exception& e) {
+        thrown = e.what();
+    } catch (...) {
+        thrown = "unknown exception";
+    }
+    if (code == 0 && thrown.empty()) {
+        loaded.source = readSource(path);
+        loaded.log = recorder.take();
+        return true;
+    }
+    const std::unique_ptr<SourceText> source =
+        code == FileMgr::kErrOpenRead ? nullptr : readSource(path);
+    if (!thrown.empty()) {
+        failure = unusable("cannot load (the parser gave up: " + thrown + ")");
+        if (source != nullptr) {
+            const size_t deep = nestingPastLimit(source->bytes.substr(0, source->deviceLength),
+                                                 kParserNestingLimit);
+            if (deep < source->deviceLength) {
+                placeOutcome(failure, source->lines.at(deep));
+            }
+        }
+    } else {
+        const std::string cause =
+            code == FileMgr::kErrOpenRead ? loadFailureCause(path) : fileMgrMeaning(code);
+        failure =
+            unusable("cannot load: " + cause + " (FileMgr code " + std::to_string(code) + ")");
+        failure.fileMgrCode = code;
+        if (code == FileMgr::kErrParse && source != nullptr) {
+            placeOutcome(failure, parseErrorPosition(*source));
+        }
+    }
+    failure.log = recorder.take();
+    if (code == FileMgr::kErrParse) {
+        describeParseError(failure);
+    }
+    return false;
+}
+
+Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings) {
+    Outcome outcome = checkDocument(kind, loaded.document, withFindings, loaded.source.get());
+    outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
+    return outcome;
 }
 
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
-    Json::Value document;
-    Outcome failure;
-    if (!loadDocument(path, document, failure)) {
-        return failure;
+    try {
+        LoadedFile loaded;
+        Outcome failure;
+        if (!loadFile(path, loaded, failure)) {
+            return failure;
+        }
+        if (loaded.source == nullptr) {
+            return checkLoaded(kind, loaded, withFindings);
+        }
+        Outcome outcome = checkInPlace(kind, loaded, withFindings);
+        outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
+        return outcome;
+    } catch (const std::exception& e) {
+        return unusable(std::string("cannot be checked (") + e.what() + ")");
     }
-    return checkDocument(kind, document, withFindings);
 }
 
 }  // namespace zelct

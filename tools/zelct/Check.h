@@ -2,12 +2,14 @@
 
 #include <json/json.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "SourceText.h"
 
 namespace zelct {
 
@@ -25,6 +27,9 @@ struct Reading {
 // Log lines are recorded, not shown. Never throws.
 Reading readAs(const Kind& kind, const Json::Value& document);
 
+// The same on a document of the caller's that may be changed: reading adds null members.
+Reading readInPlace(const Kind& kind, Json::Value& document);
+
 // One difference between a document and what the library understood from it.
 struct Finding {
     enum class Type {
@@ -32,14 +37,25 @@ struct Finding {
         Changed,         // read, and written back as another value
         NotWrittenBack,  // read, and absent from what the class writes
         Added,           // absent from the document, written by the class
+        // What the device's parser makes of the text before any class reads it:
+        DuplicateMember,  // a name given again in the same object; the last value stays
+        TrailingText,     // text after the document, never parsed
+        Comment,          // a comment, skipped
+        TrailingComma,    // a comma before } or ], skipped
+        AfterNul,         // the file's bytes from a NUL byte on, never loaded
+        NotUtf8,          // a string that is not UTF-8, written back otherwise
     };
     Type type;
     JsonPath path;
-    Json::Value original;    // null for Added
-    Json::Value understood;  // null for Dropped and NotWrittenBack
+    Json::Value original;    // null for Added; the ignored value of a duplicated member
+    Json::Value understood;  // null for Dropped and NotWrittenBack; the kept value of a
+                             // duplicated member; the text written back for a NotUtf8 string
+    int line = 0;            // where it is in the file (an added member: its object); 0 when
+    int column = 0;          // the document has no file
 };
 
-// "dropped", "changed", "not-written-back" or "added".
+// "dropped", "changed", "not-written-back", "added", "duplicate-member", "trailing-text",
+// "comment", "trailing-comma", "after-nul" or "not-utf8".
 const char* findingTypeName(Finding::Type type);
 
 // The finding as one line: "/0/channels/3/name: dropped (never read)". Values are compact
@@ -52,7 +68,7 @@ std::string findingText(const Finding& finding);
 // removed, and replaced by another value of its type: if none of these changes what is
 // understood or logged, the node is never read. Past `exactWork` nodes read again, an answer
 // that the same member of several elements of a list has had alike is taken for the others.
-constexpr size_t kExactWork = 2000000;
+constexpr size_t kExactWork = 200000;
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline, size_t exactWork = kExactWork);
 
@@ -67,6 +83,9 @@ struct FailurePlace {
 };
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document);
 
+// The same on a document of the caller's, which it changes (members nulled, lists cut).
+FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work);
+
 // The verdict on one document or file.
 struct Outcome {
     enum class Status { Exact, Findings, Unusable };
@@ -76,20 +95,38 @@ struct Outcome {
     std::string problem;        // Unusable: one line, without the file name
     int fileMgrCode = 0;        // Unusable because FileMgr refused the file; else 0
     FailurePlace problemPlace;  // Unusable because a node has the wrong JSON type
+    int line = 0;               // Unusable: where the parser stopped or the rejected node is
+    int column = 0;
+    std::vector<LogLine> log;  // what loading and reading logged, in order; shown by the caller
 };
 
 // 0 for Exact, 1 for Findings, 2 for Unusable.
 int exitCodeOf(Outcome::Status status);
 
-// Checks a document: its top-level type, then reads it (showing what the library logs) and,
-// when `withFindings`, compares. A reading that throws makes it Unusable.
-Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings);
+// Checks a document: its top-level type, then reads it (recording what the library logs in
+// the outcome) and, when `withFindings`, compares. A reading that throws makes it Unusable.
+// With the file's `source`, findings carry their positions and the text's own traps are
+// reported first.
+Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
+                      const SourceText* source = nullptr);
+
+// A file as the device loads it, with its text for positions.
+struct LoadedFile {
+    Json::Value document;
+    std::unique_ptr<SourceText> source;  // null when the file could not be read again
+    std::vector<LogLine> log;            // what the load logged
+};
 
 // Loads the file with FileMgr::loadLocalCfg. When it cannot be used, returns false with the
-// Unusable outcome in `failure`.
-bool loadDocument(const std::string& path, Json::Value& document, Outcome& failure);
+// Unusable outcome in `failure` (its log holds what the load logged). Never throws: a text
+// nested deeper than the parser allows is a failure like any other.
+bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure);
 
-// Loads the file and checks the document.
+// Checks a loaded file; the outcome's log starts with the load's lines.
+Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings);
+
+// Loads the file and checks the document. Whatever goes wrong with one file is its own
+// Unusable outcome.
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings);
 
 }  // namespace zelct

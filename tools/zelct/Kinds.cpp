@@ -1,5 +1,7 @@
 #include "Kinds.h"
 
+#include <algorithm>
+
 #include "zelCommonTypes.h"
 
 namespace zelct {
@@ -17,7 +19,56 @@ std::unique_ptr<IJsonSerializable> makeChannelId() {
     return std::make_unique<ChannelId>(0);
 }
 
+// Levenshtein distance: insertions, deletions and substitutions of one byte each.
+size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
 }  // namespace
+
+std::string closestName(const std::string& typed, const std::vector<std::string>& names) {
+    // A third of the name may be off, at least one letter and at most three: more than that
+    // suggests names that have nothing to do with what was typed.
+    const size_t allowed = std::min<size_t>(3, std::max<size_t>(1, typed.size() / 3));
+    std::string best;
+    size_t bestDistance = allowed + 1;
+    for (const std::string& name : names) {
+        const size_t distance = editDistance(typed, name);
+        if (distance < bestDistance) {
+            best = name;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
+std::vector<std::string> kindNames() {
+    std::vector<std::string> names;
+    for (const Kind& kind : allKinds()) {
+        names.emplace_back(kind.name);
+    }
+    return names;
+}
+
+Json::Value normalizedDocument(const Kind& kind, const Json::Value& understood) {
+    if (!understood.isNull()) {
+        return understood;
+    }
+    return Json::Value(kind.topLevel == TopLevel::Array ? Json::arrayValue : Json::objectValue);
+}
 
 const std::vector<Kind>& allKinds() {
     // clang-format off

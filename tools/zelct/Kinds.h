@@ -27,6 +27,18 @@ const std::vector<Kind>& allKinds();
 // The kind of that name, or nullptr.
 const Kind* findKind(const std::string& name);
 
+// The name among `names` closest to `typed` when it is a likely typing slip (a few letters
+// off), else "".
+std::string closestName(const std::string& typed, const std::vector<std::string>& names);
+
+// The names of every kind, in the order `zelct kinds` lists them.
+std::vector<std::string> kindNames();
+
+// What the tool writes for what the library understood from a document of the kind. The
+// library writes nothing at all for an empty list or set; the kind's own empty shape reads
+// back as the same empty list or set, where a null would be refused.
+Json::Value normalizedDocument(const Kind& kind, const Json::Value& understood);
+
 // "an object" or "an array".
 const char* topLevelText(TopLevel topLevel);
 

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "SafeText.h"
+
 namespace zelct {
 
 namespace {
@@ -9,9 +11,23 @@ namespace {
 Logger::logDebugLevel_t shownLevel = Logger::logError;
 LogRecorder* current = nullptr;
 
+// FileMgr quotes the whole text of a file it cannot parse; for a large file that would be
+// the file again on the terminal. Its size says enough: the next line has the position.
+std::string condensed(const std::string& text) {
+    static const std::string wholeFile = "ERR::Error parsing Json '";
+    if (text.compare(0, wholeFile.size(), wholeFile) != 0) {
+        return text;
+    }
+    size_t quoted = text.size() - wholeFile.size();
+    if (quoted > 0 && text.back() == '\'') {
+        --quoted;
+    }
+    return "ERR::Error parsing Json (" + std::to_string(quoted) + " bytes, not shown)";
+}
+
 void writeLine(Logger::logDebugLevel_t level, const std::string& text) {
     if (level <= shownLevel) {
-        std::fprintf(stderr, "%s\n", text.c_str());
+        std::fprintf(stderr, "%s\n", safeLine(condensed(text)).c_str());
     }
 }
 

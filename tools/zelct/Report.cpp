@@ -19,9 +19,17 @@ const char* resultName(Outcome::Status status) {
     return "";
 }
 
+void addPlace(Json::Value& json, int line, int column) {
+    if (line > 0) {
+        json["line"] = line;
+        json["column"] = column;
+    }
+}
+
 Json::Value findingJson(const Finding& finding) {
     Json::Value json(Json::objectValue);
     json["path"] = pointerText(finding.path);
+    addPlace(json, finding.line, finding.column);
     json["finding"] = findingTypeName(finding.type);
     if (finding.type != Finding::Type::Added) {
         json["original"] = finding.original;
@@ -35,23 +43,6 @@ Json::Value findingJson(const Finding& finding) {
 
 }  // namespace
 
-void printOutcome(const std::string& file, const Outcome& outcome, std::ostream& out,
-                  std::ostream& err) {
-    switch (outcome.status) {
-        case Outcome::Status::Exact:
-            out << file << ": understood exactly\n";
-            break;
-        case Outcome::Status::Findings:
-            for (const Finding& finding : outcome.findings) {
-                out << file << ": " << findingText(finding) << '\n';
-            }
-            break;
-        case Outcome::Status::Unusable:
-            err << file << ": " << outcome.problem << '\n';
-            break;
-    }
-}
-
 Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome& outcome) {
     Json::Value json(Json::objectValue);
     json["file"] = file;
@@ -60,6 +51,7 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     json["exit"] = exitCodeOf(outcome.status);
     if (outcome.status == Outcome::Status::Unusable) {
         json["error"] = outcome.problem;
+        addPlace(json, outcome.line, outcome.column);
         if (outcome.fileMgrCode != 0) {
             json["filemgr-code"] = outcome.fileMgrCode;
         }
@@ -75,16 +67,30 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     return json;
 }
 
-void printKinds(std::ostream& out) {
+std::string kindsText() {
     size_t width = 0;
     for (const Kind& kind : allKinds()) {
         width = std::max(width, std::strlen(kind.name));
     }
+    std::string text;
     for (const Kind& kind : allKinds()) {
         const char* shape = kind.topLevel == TopLevel::Array ? "array " : "object";
-        out << kind.name << std::string(width + 2 - std::strlen(kind.name), ' ') << shape << "  "
-            << kind.description << '\n';
+        text += kind.name + std::string(width + 2 - std::strlen(kind.name), ' ') + shape + "  " +
+                kind.description + '\n';
     }
+    return text;
+}
+
+Json::Value kindsJson() {
+    Json::Value array(Json::arrayValue);
+    for (const Kind& kind : allKinds()) {
+        Json::Value item(Json::objectValue);
+        item["name"] = kind.name;
+        item["top-level"] = kind.topLevel == TopLevel::Array ? "array" : "object";
+        item["description"] = kind.description;
+        array.append(item);
+    }
+    return array;
 }
 
 }  // namespace zelct

@@ -3,11 +3,13 @@
 //
 // Exit codes: 0 done (a document understood exactly); 1 the library changed or refused
 // something (findings, an unknown format, a packet time that fits nothing); 2 a file or an
-// argument that cannot be used.
+// argument that cannot be used, or standard output that cannot be written.
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
+#include <cerrno>
+#include <cstring>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -15,9 +17,12 @@
 #include "Catalogues.h"
 #include "Check.h"
 #include "FileMgr.h"
+#include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "Printer.h"
 #include "Report.h"
+#include "SafeText.h"
 #include "Schema.h"
 
 namespace {
@@ -28,14 +33,15 @@ constexpr int kUnusable = 2;
 
 struct Arguments {
     int verbosity = 0;
-    bool json = false;
+    Format format = Format::Text;
     std::string kind;
     std::vector<std::string> files;
     std::string input;
     std::string output;
+    bool hasOutput = false;
     bool durable = false;
     std::string file;
-    std::string format;
+    std::string videoFormat;
     PtimeRequest ptime;
 };
 
@@ -47,221 +53,310 @@ Logger::logDebugLevel_t shownLevelFor(int verbosity) {
     return verbosity == 1 ? Logger::logDebug : Logger::logError;
 }
 
-const Kind* kindOrComplain(const std::string& name) {
+std::string didYouMean(const std::string& typed, const std::vector<std::string>& names) {
+    const std::string closest = closestName(typed, names);
+    return closest.empty() ? std::string() : "did you mean '" + closest + "'? ";
+}
+
+const Kind* kindOrComplain(const std::string& name, Printer& printer) {
     const Kind* kind = findKind(name);
     if (kind == nullptr) {
-        std::cerr << "zelct: unknown kind '" << name << "' (zelct kinds lists them)\n";
+        printer.problem({"", 0, 0,
+                         "unknown kind '" + name + "' (" + didYouMean(name, kindNames()) +
+                             "zelct kinds lists them)",
+                         kUnusable});
     }
     return kind;
 }
 
-int runKinds() {
-    printKinds(std::cout);
+int runKinds(const Arguments&, Printer& printer) {
+    printer.result(kindsJson(), kindsText());
     return 0;
 }
 
-int runCheck(const Arguments& args) {
-    const Kind* kind = kindOrComplain(args.kind);
+int runCheck(const Arguments& args, Printer& printer) {
+    const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
         return kUnusable;
     }
     int worst = 0;
-    Json::Value report(Json::arrayValue);
     for (const std::string& file : args.files) {
-        const Outcome outcome = checkFile(*kind, file, true);
+        const Outcome outcome = checkInput(*kind, file, true);
         worst = std::max(worst, exitCodeOf(outcome.status));
-        if (args.json) {
-            report.append(outcomeJson(file, *kind, outcome));
-            if (outcome.status == Outcome::Status::Unusable) {
-                std::cerr << file << ": " << outcome.problem << '\n';
-            }
-        } else {
-            printOutcome(file, outcome, std::cout, std::cerr);
-            std::cout.flush();  // keeps the library's lines about the next file after these
-        }
-    }
-    if (args.json) {
-        std::cout << indentedJson(report);
+        printer.checked(file, *kind, outcome);
     }
     return worst;
 }
 
-int runNormalize(const Arguments& args) {
-    const Kind* kind = kindOrComplain(args.kind);
+int runNormalize(const Arguments& args, Printer& printer) {
+    const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
         return kUnusable;
     }
-    const Outcome outcome = checkFile(*kind, args.input, false);
+    if (args.hasOutput) {
+        const std::string why = unusableOutput(args.output);
+        if (!why.empty()) {
+            printer.problem({args.output, 0, 0, why, kUnusable});
+            return kUnusable;
+        }
+    }
+    const Outcome outcome = checkInput(*kind, args.input, false);
+    printer.libraryLog(outcome.log);
     if (outcome.status == Outcome::Status::Unusable) {
-        std::cerr << args.input << ": " << outcome.problem << '\n';
+        printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
         return kUnusable;
     }
-    if (args.output.empty()) {
-        std::cout << outcome.understood.toStyledString();
+    const Json::Value document = normalizedDocument(*kind, outcome.understood);
+    if (!args.hasOutput) {
+        printer.document(document, document.toStyledString());
         return 0;
     }
     FileMgr files;
-    const int code = args.durable ? files.storeLocalCfgDurable(args.output, outcome.understood)
-                                  : files.storeLocalCfg(args.output, outcome.understood);
+    const int code = args.durable ? files.storeLocalCfgDurable(args.output, document)
+                                  : files.storeLocalCfg(args.output, document);
     if (code != 0) {
-        std::cerr << args.output << ": cannot store (FileMgr code " << code << ")\n";
+        printer.problem({args.output, 0, 0,
+                         "cannot store (FileMgr code " + std::to_string(code) + ")", kUnusable});
         return kUnusable;
     }
+    Json::Value stored(Json::objectValue);
+    stored["output"] = args.output;
+    stored["exit"] = 0;
+    printer.result(stored, "");
     return 0;
 }
 
-int runTemplate(const Arguments& args) {
-    const Kind* kind = kindOrComplain(args.kind);
+int runTemplate(const Arguments& args, Printer& printer) {
+    const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
         return kUnusable;
     }
     Json::Value document;
     kind->make()->Serialize(document);
-    std::cout << document.toStyledString();
+    printer.document(document, document.toStyledString());
     return 0;
 }
 
-int runSchema(const Arguments& args) {
-    const Kind* kind = kindOrComplain(args.kind);
+int runSchema(const Arguments& args, Printer& printer) {
+    const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
         return kUnusable;
     }
-    std::cout << indentedJson(schemaOf(*kind));
+    const Json::Value schema = schemaOf(*kind);
+    printer.document(schema, indentedJson(schema));
     return 0;
 }
 
-// The first word that is not an option, when it names no command. CLI11 would take it for
-// an extra argument and only say that a command is required.
-const char* unknownCommand(CLI::App& app, int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (argv[i][0] == '-') {
-            continue;
-        }
-        for (const CLI::App* command : app.get_subcommands({})) {
-            if (command->get_name() == argv[i]) {
-                return nullptr;
-            }
-        }
-        return argv[i];
-    }
-    return nullptr;
+int runVideo(const Arguments& args, Printer& printer) {
+    return showVideo(args.videoFormat, printer);
 }
 
-void addJsonFlag(CLI::App* command, Arguments& args) {
-    command->add_flag("--json", args.json, "Machine-readable JSON on standard output");
+int runPtime(const Arguments& args, Printer& printer) {
+    return showPtime(args.ptime, printer);
 }
 
-int run(int argc, char** argv) {
-    Arguments args;
+int runAlarms(const Arguments& args, Printer& printer) {
+    return showAlarms(args.file, printer);
+}
+
+using Command = int (*)(const Arguments&, Printer&);
+
+struct CommandLine {
     CLI::App app{
         "zelct: shows what the device's library understands from a JSON document, and the "
         "library's catalogues (video formats, packet times, alarms).",
         "zelct"};
-    app.require_subcommand(1);
-    app.add_flag("-v,--verbose", args.verbosity,
-                 "Show the library's debug log lines on standard error (-vv: also verbose "
-                 "ones); error lines always show");
+    Arguments args;
+    std::vector<std::pair<CLI::App*, Command>> commands;
+    CLI::Option* freq = nullptr;
+    CLI::Option* spp = nullptr;
+    CLI::Option* ptimeUs = nullptr;
+    CLI::Option* output = nullptr;
+};
 
-    CLI::App* kinds = app.add_subcommand("kinds", "List the document kinds, one a line");
+// --format picks how results are written; --json is short for --format json.
+void addFormatOptions(CLI::App* command, Arguments& args) {
+    std::string names;
+    for (const std::string& name : formatNames()) {
+        names += (names.empty() ? "" : "|") + name;
+    }
+    command
+        ->add_option_function<std::string>(
+            "--format",
+            [&args](const std::string& name) {
+                if (!formatNamed(name, args.format)) {
+                    throw CLI::ValidationError("--format", "unknown format '" + name + "'");
+                }
+            },
+            "Output format: " + names + " (default text)")
+        ->type_name("FORMAT");
+    command->add_flag_callback(
+        "--json", [&args] { args.format = Format::Json; },
+        "Machine-readable JSON on standard output, errors included (--format json)");
+}
 
-    CLI::App* check = app.add_subcommand(
-        "check",
+CLI::App* addCommand(CommandLine& line, const char* name, const char* description, Command run) {
+    CLI::App* command = line.app.add_subcommand(name, description);
+    addFormatOptions(command, line.args);
+    command->fallthrough();
+    line.commands.emplace_back(command, run);
+    return command;
+}
+
+void defineCommands(CommandLine& line) {
+    Arguments& args = line.args;
+    line.app.set_version_flag("--version", std::string("zelct ") + ZELCT_VERSION);
+    line.app.add_flag("-v,--verbose", args.verbosity,
+                      "Show the library's debug log lines on standard error (-vv: also verbose "
+                      "ones); error lines always show");
+
+    addCommand(line, "kinds", "List the document kinds, one a line", &runKinds);
+
+    CLI::App* check = addCommand(
+        line, "check",
         "Read each FILE as KIND and report, one finding a line, what the library drops, "
-        "changes or adds. Exit 0: understood exactly; 1: findings; 2: a file cannot be used");
+        "changes or adds. Exit 0: understood exactly; 1: findings; 2: a file cannot be used",
+        &runCheck);
     check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
-    check->add_option("FILE", args.files, "JSON documents to check")->required();
-    addJsonFlag(check, args);
+    check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
+        ->required();
 
-    CLI::App* normalize = app.add_subcommand(
-        "normalize", "Write what the library understands from IN, as it would store it");
+    CLI::App* normalize = addCommand(
+        line, "normalize", "Write what the library understands from IN, as it would store it",
+        &runNormalize);
     normalize->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
-    normalize->add_option("IN", args.input, "JSON document to read")->required();
-    normalize->add_option("-o,--output", args.output,
-                          "File to store the document in (FileMgr::storeLocalCfg); "
-                          "standard output without it");
+    normalize->add_option("IN", args.input, "JSON document to read (- for standard input)")
+        ->required();
+    line.output = normalize->add_option("-o,--output", args.output,
+                                        "File to store the document in (FileMgr::storeLocalCfg); "
+                                        "standard output without it");
     normalize
         ->add_flag("--durable", args.durable,
                    "Store with FileMgr::storeLocalCfgDurable: a temporary file synced and renamed "
                    "over OUT, so OUT is never left half written")
         ->needs("--output");
 
-    CLI::App* templ = app.add_subcommand(
-        "template", "Print the document that a default-constructed object of KIND writes");
+    CLI::App* templ = addCommand(
+        line, "template", "Print the document that a default-constructed object of KIND writes",
+        &runTemplate);
     templ->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
-    CLI::App* schema = app.add_subcommand(
-        "schema", "Print the JSON Schema of KIND: what the library reads from its documents");
+    CLI::App* schema = addCommand(
+        line, "schema", "Print the JSON Schema of KIND: what the library reads from its documents",
+        &runSchema);
     schema->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
-    CLI::App* video = app.add_subcommand(
-        "video",
+    CLI::App* video = addCommand(
+        line, "video",
         "Print every figure the library derives for the 29 video formats; with FORMAT (text "
-        "such as 1080P59, or number), that format's figures or the library's error");
-    video->add_option("FORMAT", args.format, "Video format text or number");
-    addJsonFlag(video, args);
+        "such as 1080P59, or number), that format's figures or the library's error",
+        &runVideo);
+    video->add_option("FORMAT", args.videoFormat, "Video format text or number");
 
-    CLI::App* ptime = app.add_subcommand(
-        "ptime",
+    CLI::App* ptime = addCommand(
+        line, "ptime",
         "Packet times of audio streams: with --freq and --spp, the nominal packet time, its "
         "allowed range and the link offsets; with --freq and --ptime-us, the samples per packet "
         "a measured packet time converts to; without options, every frequency and its allowed "
-        "samples per packet");
-    CLI::Option* freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz");
-    CLI::Option* spp =
-        ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet");
-    CLI::Option* ptimeUs =
+        "samples per packet",
+        &runPtime);
+    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz");
+    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet");
+    line.ptimeUs =
         ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds");
-    addJsonFlag(ptime, args);
 
-    CLI::App* alarms = app.add_subcommand(
-        "alarms",
-        "Print the alarm catalogue (type, enumerator, severity, description); with FILE, the "
-        "set of raised alarms the library reads from it");
-    alarms->add_option("FILE", args.file, "An alarm set document (kind alarms)");
-    addJsonFlag(alarms, args);
+    CLI::App* alarms = addCommand(
+        line, "alarms",
+        "Print the alarm catalogue (type, enumerator, severity, description); with FILE, what "
+        "check alarms finds in it and the set of raised alarms the library reads from it",
+        &runAlarms);
+    alarms->add_option("FILE", args.file,
+                       "An alarm set document (kind alarms; - for standard input)");
+}
 
-    for (CLI::App* command : app.get_subcommands({})) {
-        command->fallthrough();
+std::vector<std::string> commandNames(const CommandLine& line) {
+    std::vector<std::string> names;
+    for (const auto& command : line.commands) {
+        names.push_back(command.first->get_name());
     }
+    return names;
+}
 
-    if (const char* command = unknownCommand(app, argc, argv)) {
-        std::cerr << "zelct: unknown command '" << command << "' (zelct --help lists them)\n";
+// The first word that is not an option, when it names no command. CLI11 would take it for
+// an extra argument and only say that a command is required.
+const char* unknownCommand(const CommandLine& line, int argc, char** argv) {
+    const std::vector<std::string> names = commandNames(line);
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] == '-') {
+            continue;
+        }
+        return std::find(names.begin(), names.end(), argv[i]) == names.end() ? argv[i] : nullptr;
+    }
+    return nullptr;
+}
+
+// The format asked for, found before the command line is parsed, so that a command line
+// that cannot be parsed is reported in that format too.
+Format requestedFormat(int argc, char** argv) {
+    Format format = Format::Text;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--json") {
+            format = Format::Json;
+        } else if (word == "--format" && i + 1 < argc) {
+            formatNamed(argv[i + 1], format);
+        } else if (word.compare(0, 9, "--format=") == 0) {
+            formatNamed(word.substr(9), format);
+        }
+    }
+    return format;
+}
+
+int commandLineProblem(int argc, char** argv, const std::string& message) {
+    const std::unique_ptr<Printer> printer =
+        makePrinter(requestedFormat(argc, argv), std::cout, std::cerr);
+    printer->problem({"", 0, 0, message, kUnusable});
+    return printer->finish(kUnusable);
+}
+
+int run(int argc, char** argv) {
+    CommandLine line;
+    defineCommands(line);
+    if (argc <= 1) {
+        // Nothing asked: how to ask, where errors go, as a usage error.
+        std::cerr << line.app.help();
         return kUnusable;
     }
+    if (const char* command = unknownCommand(line, argc, argv)) {
+        return commandLineProblem(argc, argv,
+                                  std::string("unknown command '") + command + "' (" +
+                                      didYouMean(command, commandNames(line)) +
+                                      "zelct --help lists them)");
+    }
+    line.app.require_subcommand(1);
     try {
-        app.parse(argc, argv);
+        line.app.parse(argc, argv);
+    } catch (const CLI::Success& e) {
+        return line.app.exit(e);  // --help, --version
     } catch (const CLI::ParseError& e) {
-        const int code = app.exit(e);
-        return code == 0 ? 0 : kUnusable;
+        if (requestedFormat(argc, argv) == Format::Text) {
+            // CLI11's own form, escaped: its messages quote the arguments as typed.
+            std::cerr << safeLine(e.what()) << "\nRun with --help for more information.\n";
+            return kUnusable;
+        }
+        return commandLineProblem(argc, argv, e.what());
     }
-    routeLibraryLog(shownLevelFor(args.verbosity));
+    routeLibraryLog(shownLevelFor(line.args.verbosity));
+    line.args.hasOutput = line.output->count() > 0;
+    line.args.ptime.hasFreq = line.freq->count() > 0;
+    line.args.ptime.hasSamplesPerPacket = line.spp->count() > 0;
+    line.args.ptime.hasPtime = line.ptimeUs->count() > 0;
 
-    if (kinds->parsed()) {
-        return runKinds();
-    }
-    if (check->parsed()) {
-        return runCheck(args);
-    }
-    if (normalize->parsed()) {
-        return runNormalize(args);
-    }
-    if (templ->parsed()) {
-        return runTemplate(args);
-    }
-    if (schema->parsed()) {
-        return runSchema(args);
-    }
-    if (video->parsed()) {
-        return showVideo(args.format, args.json, std::cout, std::cerr);
-    }
-    if (ptime->parsed()) {
-        args.ptime.hasFreq = freq->count() > 0;
-        args.ptime.hasSamplesPerPacket = spp->count() > 0;
-        args.ptime.hasPtime = ptimeUs->count() > 0;
-        return showPtime(args.ptime, args.json, std::cout, std::cerr);
-    }
-    if (alarms->parsed()) {
-        return showAlarms(args.file, args.json, std::cout, std::cerr);
+    const std::unique_ptr<Printer> printer = makePrinter(line.args.format, std::cout, std::cerr);
+    for (const auto& command : line.commands) {
+        if (command.first->parsed()) {
+            return printer->finish(command.second(line.args, *printer));
+        }
     }
     return kUnusable;
 }

@@ -1,0 +1,293 @@
+// What zelct prints: escaping and shortening of lines, the output formats, suggestions for
+// mistyped names, why a file cannot be loaded or stored, and that what normalize writes is
+// understood exactly by check.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Check.h"
+#include "FileMgr.h"
+#include "Input.h"
+#include "JsonText.h"
+#include "Kinds.h"
+#include "Log.h"
+#include "Printer.h"
+#include "SafeText.h"
+#include "TempDir.h"
+
+using namespace zelct;
+
+namespace {
+
+Json::Value parsed(const std::string& text) {
+    Json::CharReaderBuilder builder;
+    Json::Value value;
+    std::string errors;
+    std::istringstream in(text);
+    EXPECT_TRUE(Json::parseFromStream(builder, in, &value, &errors)) << errors << "\n" << text;
+    return value;
+}
+
+std::vector<std::string> documentsUnder(const std::string& folder) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        // The symbolic-link loop of the cases is no document.
+        if (std::filesystem::is_regular_file(entry.symlink_status()) &&
+            entry.path().extension() == ".json") {
+            files.push_back(entry.path().string());
+        }
+    }
+    return files;
+}
+
+Finding droppedAt(const std::string& name, int line, int column) {
+    Finding finding{
+        Finding::Type::Dropped, {PathStep::member(name)}, Json::Value(1), Json::Value()};
+    finding.line = line;
+    finding.column = column;
+    return finding;
+}
+
+}  // namespace
+
+// ---- safe lines ----
+
+TEST(ZelctSafeText, ControlCharactersAndBrokenBytesBecomeVisibleEscapes) {
+    EXPECT_EQ(escapedForTerminal("a\nb\r\tc\x1b[2J\x7f"), "a\\nb\\r\\tc\\x1b[2J\\x7f");
+    EXPECT_EQ(escapedForTerminal("caf\xc3\xa9 \xe2\x82\xac"), "caf\xc3\xa9 \xe2\x82\xac");
+    EXPECT_EQ(escapedForTerminal("x\xff"), "x\\xff");
+    EXPECT_EQ(escapedForTerminal(std::string("nul\0end", 7)), "nul\\x00end");
+}
+
+TEST(ZelctSafeText, InvalidUtf8FormsAreEscapedByteByByte) {
+    EXPECT_EQ(escapedForTerminal("\xc0\xaf"), "\\xc0\\xaf");                    // overlong "/"
+    EXPECT_EQ(escapedForTerminal("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // a surrogate
+    EXPECT_EQ(escapedForTerminal("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // past U+10FFFF
+    EXPECT_EQ(escapedForTerminal("\xe2\x82"), "\\xe2\\x82");                    // cut off
+    EXPECT_EQ(escapedForTerminal("\xc2\x85"), "\\xc2\\x85");                    // C1 next-line
+    EXPECT_EQ(escapedForTerminal("\xc2\xa0"), "\xc2\xa0");                      // no-break space
+}
+
+TEST(ZelctSafeText, LongLinesAreCutWithTheCountOfWhatIsLeftOut) {
+    EXPECT_EQ(shortenedLine(std::string(240, 'a')), std::string(240, 'a'));
+    EXPECT_EQ(shortenedLine(std::string(300, 'a')), std::string(240, 'a') + " ... (60 more bytes)");
+    // A two-byte character across the cut is kept whole on the far side.
+    const std::string text = std::string(9, 'a') + "\xc3\xa9" + std::string(5, 'b');
+    EXPECT_EQ(shortenedLine(text, 10), std::string(9, 'a') + " ... (7 more bytes)");
+    std::string newlines;
+    for (int i = 0; i < 120; ++i) {
+        newlines += "\\n";
+    }
+    EXPECT_EQ(safeLine(std::string(130, '\n')), newlines + " ... (20 more bytes)");
+}
+
+TEST(ZelctSafeText, JsonStringsAndNamesAreMadeValidUtf8) {
+    EXPECT_EQ(validUtf8("a\xff\xc3\xa9"), "a\\xff\xc3\xa9");
+    Json::Value value(Json::objectValue);
+    value["na\xffme"] = "x\xfe";
+    value["list"].append("\xc0");
+    const Json::Value valid = withValidUtf8(value);
+    EXPECT_EQ(valid["na\\xffme"].asString(), "x\\xfe");
+    EXPECT_EQ(valid["list"][0].asString(), "\\xc0");
+    EXPECT_FALSE(valid.isMember("na\xffme"));
+}
+
+// ---- printers ----
+
+TEST(ZelctPrinter, TextNamesTheFileLineAndColumnOfEachFinding) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Text, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt("name", 3, 5), droppedAt("x\x1b", 0, 0)};
+    printer->checked("a.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    EXPECT_EQ(out.str(),
+              "a.json:3:5: /name: dropped (never read)\n"
+              "a.json: /x\\x1b: dropped (never read)\n");
+    EXPECT_EQ(err.str(), "");
+}
+
+TEST(ZelctPrinter, TextShowsAnUnusableFileOnStandardErrorWithItsPlace) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Text, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Unusable;
+    outcome.problem = "not valid JSON: Syntax error";
+    outcome.line = 2;
+    outcome.column = 14;
+    printer->checked("b.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(2), 2);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(err.str(), "b.json:2:14: not valid JSON: Syntax error\n");
+}
+
+TEST(ZelctPrinter, JsonCarriesPositionsAsNumbersAndFileNamesAsValidUtf8) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt("name", 7, 3)};
+    printer->checked("c\xff.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    const Json::Value report = parsed(out.str());
+    ASSERT_EQ(report.size(), 1u);
+    EXPECT_EQ(report[0]["file"].asString(), "c\\xff.json");
+    EXPECT_EQ(report[0]["exit"].asInt(), 1);
+    EXPECT_EQ(report[0]["findings"][0]["line"].asInt(), 7);
+    EXPECT_EQ(report[0]["findings"][0]["column"].asInt(), 3);
+    EXPECT_EQ(report[0]["findings"][0]["path"].asString(), "/name");
+}
+
+TEST(ZelctPrinter, JsonReportsAProblemAsAnObjectWithTheExitCode) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    Json::Value ignored(Json::arrayValue);
+    ignored.append(1);
+    printer->result(ignored, "1\n");
+    printer->problem({"", 0, 0, "unknown video format 'x'", 1});
+    EXPECT_EQ(printer->finish(1), 1);
+    const Json::Value error = parsed(out.str());
+    EXPECT_EQ(error["error"].asString(), "unknown video format 'x'");
+    EXPECT_EQ(error["exit"].asInt(), 1);
+    EXPECT_FALSE(error.isMember("file"));
+    EXPECT_EQ(err.str(), "zelct: unknown video format 'x'\n");
+}
+
+TEST(ZelctPrinter, AnOutputThatCannotBeWrittenMakesTheExitCodeTwo) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Text, out, err);
+    printer->result(Json::Value(), "table\n");
+    out.setstate(std::ios::badbit);
+    EXPECT_EQ(printer->finish(0), 2);
+    EXPECT_EQ(err.str().rfind("zelct: cannot write standard output", 0), 0u) << err.str();
+}
+
+TEST(ZelctPrinter, FormatsAreNamedTextAndJson) {
+    Format format = Format::Text;
+    EXPECT_TRUE(formatNamed("json", format));
+    EXPECT_EQ(format, Format::Json);
+    EXPECT_TRUE(formatNamed("text", format));
+    EXPECT_EQ(format, Format::Text);
+    EXPECT_FALSE(formatNamed("xml", format));
+    EXPECT_EQ(formatNames(), (std::vector<std::string>{"text", "json"}));
+}
+
+// ---- suggestions ----
+
+TEST(ZelctSuggestion, AFewLettersOffSuggestTheClosestName) {
+    const std::vector<std::string> commands = {"kinds", "check", "normalize", "template"};
+    EXPECT_EQ(closestName("chek", commands), "check");
+    EXPECT_EQ(closestName("normalise", commands), "normalize");
+    EXPECT_EQ(closestName("tempalte", commands), "template");
+    EXPECT_EQ(closestName("video", commands), "");
+    EXPECT_EQ(closestName("x", commands), "");
+    EXPECT_EQ(closestName("system-inf", kindNames()), "system-info");
+    EXPECT_EQ(closestName("channel-tabels", kindNames()), "channel-tables");
+}
+
+// ---- files that cannot be loaded or stored ----
+
+TEST(ZelctFiles, ALoadFailureNamesItsCause) {
+    TempDir dir;
+    const Kind& sfp = *findKind("sfp");
+    EXPECT_EQ(checkFile(sfp, dir.file("missing.json"), true).problem,
+              "cannot load: No such file or directory (FileMgr code -17)");
+
+    const std::string large = dir.file("large.json");
+    { std::ofstream create(large); }
+    ASSERT_EQ(::truncate(large.c_str(), FileMgr::kMaxFileSize + 1), 0);  // sparse: no disk
+    EXPECT_EQ(checkFile(sfp, large, true).problem,
+              "cannot load: larger than 100 MiB (FileMgr code -17)");
+
+    const std::string fifo = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(checkFile(sfp, fifo, true).problem,
+              "cannot load: not a regular file (FileMgr code -17)");
+
+    const std::string loop = dir.file("loop.json");
+    ASSERT_EQ(::symlink(loop.c_str(), loop.c_str()), 0);
+    EXPECT_EQ(checkFile(sfp, loop, true).problem,
+              "cannot load: Too many levels of symbolic links (FileMgr code -17)");
+}
+
+TEST(ZelctFiles, AFileWithoutReadPermissionSaysSo) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root reads every file whatever its permissions";
+    }
+    TempDir dir;
+    const std::string locked = dir.file("locked.json");
+    { std::ofstream(locked) << "{}"; }
+    ASSERT_EQ(::chmod(locked.c_str(), 0), 0);
+    EXPECT_EQ(checkFile(*findKind("sfp"), locked, true).problem,
+              "cannot load: Permission denied (FileMgr code -17)");
+}
+
+TEST(ZelctFiles, AnOutputThatIsNoRegularFileIsRefusedBeforeAnythingIsOpened) {
+    TempDir dir;
+    EXPECT_EQ(unusableOutput(""), "-o names no file");
+    EXPECT_EQ(unusableOutput(dir.path()), "cannot store: a directory");
+    const std::string fifo = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(unusableOutput(fifo),
+              "cannot store: not a regular file (a FIFO, a device or a socket)");
+    EXPECT_EQ(unusableOutput("/dev/null"),
+              "cannot store: not a regular file (a FIFO, a device or a socket)");
+    EXPECT_EQ(unusableOutput(dir.file("new.json")), "");
+    const std::string existing = dir.file("existing.json");
+    { std::ofstream(existing) << "{}"; }
+    EXPECT_EQ(unusableOutput(existing), "");
+}
+
+// ---- normalize, then check ----
+
+TEST(ZelctNormalize, AnEmptyListOrSetIsWrittenInTheKindsOwnShape) {
+    EXPECT_EQ(normalizedDocument(*findKind("channel-tables"), Json::Value()),
+              Json::Value(Json::arrayValue));
+    EXPECT_EQ(normalizedDocument(*findKind("alarms"), Json::Value()),
+              Json::Value(Json::objectValue));
+    Json::Value written(Json::objectValue);
+    written["present"] = true;
+    EXPECT_EQ(normalizedDocument(*findKind("sfp"), written), written);
+}
+
+// Every kind against every document of the examples and the command-line cases: whatever
+// normalize writes from a usable document, check understands exactly.
+TEST(ZelctNormalize, CheckUnderstandsWhatNormalizeWroteExactly) {
+    std::vector<std::string> documents = documentsUnder(ZELCT_EXAMPLES_DIR);
+    const std::vector<std::string> inputs = documentsUnder(ZELCT_CLI_CASES_DIR);
+    documents.insert(documents.end(), inputs.begin(), inputs.end());
+    ASSERT_GT(documents.size(), 50u);
+    routeLibraryLog(Logger::logError);
+    LogRecorder quiet;  // hundreds of documents that do not parse as some kind say so
+    TempDir dir;
+    const std::string written = dir.file("normalized.json");
+    size_t normalized = 0;
+    for (const Kind& kind : allKinds()) {
+        for (const std::string& document : documents) {
+            const Outcome read = checkFile(kind, document, false);
+            if (read.status == Outcome::Status::Unusable) {
+                continue;
+            }
+            FileMgr files;
+            ASSERT_EQ(files.storeLocalCfg(written, normalizedDocument(kind, read.understood)), 0);
+            const Outcome again = checkFile(kind, written, true);
+            EXPECT_EQ(again.status, Outcome::Status::Exact)
+                << kind.name << " " << document << ": "
+                << (again.findings.empty() ? again.problem : findingText(again.findings[0]));
+            ++normalized;
+        }
+    }
+    EXPECT_GT(normalized, 500u);
+}

@@ -1,0 +1,335 @@
+// The reading of a file by zelct: the traps of the device's parser, positions in the text,
+// and files that cannot be parsed at all.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Check.h"
+#include "FileUtil.h"
+#include "JsonText.h"
+#include "Kinds.h"
+#include "Log.h"
+#include "ReadingScan.h"
+#include "SfpInfo.h"
+#include "SourceText.h"
+#include "TempDir.h"
+
+using namespace zelct;
+
+namespace {
+
+template <class T>
+std::unique_ptr<IJsonSerializable> make() {
+    return std::make_unique<T>();
+}
+
+const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
+
+// A document the SFP record reads back exactly, one member a line.
+const std::string kCleanSfp =
+    "{\n"
+    "\t\"connector\" : \"LC\",\n"
+    "\t\"part-number\" : \"SFP-10G-SR\",\n"
+    "\t\"present\" : true,\n"
+    "\t\"revision\" : \"A\",\n"
+    "\t\"rx-power\" : -2.35,\n"
+    "\t\"serial-number\" : \"F2131470012\",\n"
+    "\t\"supply-voltage\" : 3.29,\n"
+    "\t\"temperature\" : 41.5,\n"
+    "\t\"tx-power\" : -1.8,\n"
+    "\t\"vendor-name\" : \"FS\",\n"
+    "\t\"wavelength\" : 850\n"
+    "}\n";
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const size_t at = text.find(from);
+    if (at == std::string::npos) {
+        throw std::runtime_error("test text lacks " + from);
+    }
+    return text.replace(at, from.size(), to);
+}
+
+std::vector<ReadingTrap> trapsOf(const std::string& text) {
+    return scanReadingTraps(text, std::string(text.c_str()).size());
+}
+
+bool parsesWith(const Json::Value& settings, const std::string& text, Json::Value& root) {
+    Json::CharReaderBuilder builder;
+    builder.settings_ = settings;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    std::string errors;
+    return reader->parse(text.data(), text.data() + text.size(), &root, &errors);
+}
+
+bool deviceParses(const std::string& text, Json::Value& root) {
+    Json::Value settings;
+    Json::CharReaderBuilder::setDefaults(&settings);
+    return parsesWith(settings, text, root);
+}
+
+bool strictParses(const std::string& text) {
+    Json::Value settings;
+    Json::CharReaderBuilder::strictMode(&settings);
+    Json::Value root;
+    return parsesWith(settings, text, root);
+}
+
+std::string placed(const Finding& finding) {
+    return std::to_string(finding.line) + ":" + std::to_string(finding.column) + " " +
+           findingTypeName(finding.type) + " " + findingText(finding);
+}
+
+class ZelctReadingTest : public ::testing::Test {
+protected:
+    // The tool's router records what the library logs; nothing above errors is shown.
+    void SetUp() override { routeLibraryLog(Logger::logError); }
+    void TearDown() override {
+        Logger::setSink(nullptr);
+        Logger::setThreshold(Logger::logInfo);
+    }
+
+    Outcome checkText(const std::string& text) {
+        writeFile(dir.file("doc.json"), text);
+        return checkFile(kSfp, dir.file("doc.json"), true);
+    }
+
+    TempDir dir;
+};
+
+// ---- positions ----
+
+TEST_F(ZelctReadingTest, ColumnsCountCharactersWithATabAsOne) {
+    const std::string text = "{\n\t\"n\xC3\xA9\" : \"\xE2\x82\xAC\", \"x\": 1\n}";
+    const LineIndex lines(text);
+    const size_t x = text.find("\"x\"");
+    EXPECT_EQ(lines.at(0).line, 1);
+    EXPECT_EQ(lines.at(0).column, 1);
+    EXPECT_EQ(lines.at(2).line, 2);
+    EXPECT_EQ(lines.at(2).column, 1);  // the tab
+    EXPECT_EQ(lines.at(3).column, 2);
+    EXPECT_EQ(lines.at(x).line, 2);
+    EXPECT_EQ(lines.at(x).column, 14);  // é and € are one character each
+    EXPECT_EQ(lines.at(text.size() - 1).line, 3);
+    EXPECT_EQ(lines.offsetOf(2, 3), 4u);
+}
+
+TEST_F(ZelctReadingTest, ColumnsStayRightFarIntoALongLine) {
+    std::string text = "[";
+    for (int i = 0; i < 5000; ++i) {
+        text += "\"\xC3\xA9\",";  // 4 characters, 5 bytes
+    }
+    text += "1]";
+    const LineIndex lines(text);
+    EXPECT_EQ(lines.at(1 + 5 * 4999).column, 2 + 4 * 4999);
+    EXPECT_EQ(lines.at(text.size() - 2).column, 2 + 4 * 5000);
+}
+
+TEST_F(ZelctReadingTest, FindingsPointAtTheMemberNameAndAddedOnesAtTheirObject) {
+    const std::string text = replaced(replaced(kCleanSfp, "\t\"revision\" : \"A\",\n", ""),
+                                      "\"present\" : true", "\"present\" : 1");
+    const Outcome outcome = checkText(text);
+    ASSERT_EQ(outcome.findings.size(), 2u);
+    EXPECT_EQ(placed(outcome.findings[0]), "4:2 changed /present: 1 read as true");
+    EXPECT_EQ(placed(outcome.findings[1]), "1:1 added /revision: added with default \"\"");
+}
+
+TEST_F(ZelctReadingTest, ParseErrorCarriesTheParsersPosition) {
+    const Outcome outcome = checkText("{\n  \"present\" : tru\n}\n");
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.fileMgrCode, -13);
+    EXPECT_EQ(outcome.line, 2);
+    EXPECT_EQ(outcome.column, 15);
+}
+
+TEST_F(ZelctReadingTest, RejectedNodeCarriesItsPosition) {
+    const Outcome outcome = checkText(replaced(kCleanSfp, "850", "[850]"));
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(pointerText(outcome.problemPlace.path), "/wavelength");
+    EXPECT_EQ(outcome.line, 12);
+    EXPECT_EQ(outcome.column, 2);
+}
+
+// ---- traps of the device's parser ----
+
+TEST_F(ZelctReadingTest, CleanTextHasNoTrapAndPassesTheStrictReader) {
+    EXPECT_TRUE(trapsOf(kCleanSfp).empty());
+    EXPECT_TRUE(strictParses(kCleanSfp));
+    const Outcome outcome = checkText(kCleanSfp);
+    EXPECT_EQ(outcome.status, Outcome::Status::Exact);
+}
+
+// Each trap is a text that the device's reader takes and jsoncpp's strict reader refuses.
+TEST_F(ZelctReadingTest, EveryTrapIsOneTheStrictReaderRefuses) {
+    const std::vector<std::string> texts = {
+        "{\"a\":1,\"a\":2}", "{\"a\":1} x", "[1,2,]", "{\"a\":1,}", "// c\n[1]",
+    };
+    for (const std::string& text : texts) {
+        Json::Value root;
+        EXPECT_TRUE(deviceParses(text, root)) << text;
+        EXPECT_FALSE(strictParses(text)) << text;
+        EXPECT_EQ(trapsOf(text).size(), 1u) << text;
+    }
+}
+
+// Which is why the scan is the tool's own: jsoncpp's strict settings let this one through.
+TEST_F(ZelctReadingTest, CommentBeforeAClosingBraceIsATrapTheStrictReaderMisses) {
+    const std::string text = "{\"a\":1 /* c */}";
+    EXPECT_TRUE(strictParses(text));
+    const std::vector<ReadingTrap> traps = trapsOf(text);
+    ASSERT_EQ(traps.size(), 1u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(traps[0].offset, 7u);
+}
+
+TEST_F(ZelctReadingTest, DuplicatedMemberKeepsTheLastValueAsTheDevicesParserDoes) {
+    const std::string text = "{\"a\":1,\"b\":{\"c\":[1]},\"\\u0061\":2,\"a\":3}";
+    Json::Value root;
+    ASSERT_TRUE(deviceParses(text, root));
+    EXPECT_EQ(root["a"], 3);
+    const std::vector<ReadingTrap> traps = trapsOf(text);
+    ASSERT_EQ(traps.size(), 2u);
+    for (const ReadingTrap& trap : traps) {
+        EXPECT_EQ(trap.type, ReadingTrap::Type::DuplicateMember);
+        EXPECT_EQ(pointerText(trap.path), "/a");
+        EXPECT_EQ(trap.keptOffset, text.rfind("\"a\""));
+    }
+    EXPECT_EQ(traps[0].offset, 1u);
+    EXPECT_EQ(text.substr(traps[0].valueStart, traps[0].valueEnd - traps[0].valueStart), "1");
+    EXPECT_EQ(traps[1].offset, text.find("\"\\u0061\""));
+}
+
+TEST_F(ZelctReadingTest, DuplicatedMemberFindingNamesBothValues) {
+    const Outcome outcome =
+        checkText(replaced(kCleanSfp, "\t\"wavelength\" : 850\n",
+                           "\t\"wavelength\" : {\"nm\": 1310},\n\t\"wavelength\" : 850\n"));
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(placed(outcome.findings[0]),
+              "12:2 duplicate-member /wavelength: member given again later in its object; the "
+              "device keeps the last value, 850, and ignores this one, {\"nm\":1310}");
+}
+
+TEST_F(ZelctReadingTest, CommentsAndTrailingCommasAreFoundWhereTheyStand) {
+    const std::string text = "{ \"a\": [1, // one\n 2,], /* b */ \"b\": {\"c\": 1,},\n}";
+    const std::vector<ReadingTrap> traps = trapsOf(text);
+    ASSERT_EQ(traps.size(), 5u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(pointerText(traps[0].path), "/a");
+    EXPECT_EQ(traps[0].offset, text.find("//"));
+    EXPECT_EQ(traps[1].type, ReadingTrap::Type::TrailingComma);
+    EXPECT_EQ(pointerText(traps[1].path), "/a");
+    EXPECT_EQ(traps[1].offset, text.find("2,") + 1);
+    EXPECT_EQ(traps[2].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(pointerText(traps[2].path), "");
+    EXPECT_EQ(traps[3].type, ReadingTrap::Type::TrailingComma);
+    EXPECT_EQ(pointerText(traps[3].path), "/b");
+    EXPECT_EQ(traps[4].type, ReadingTrap::Type::TrailingComma);
+    EXPECT_EQ(traps[4].offset, text.rfind(','));
+}
+
+TEST_F(ZelctReadingTest, SlashesInsideStringsAreNoComments) {
+    EXPECT_TRUE(trapsOf("{\"url\": \"http://x/*y*/\", \"q\": \"\\\"//\"}").empty());
+}
+
+TEST_F(ZelctReadingTest, TextAfterTheDocumentIsOneTrapAndACommentAfterItIsAComment) {
+    const std::vector<ReadingTrap> traps = trapsOf("[1] // end\n  [2] [3]");
+    ASSERT_EQ(traps.size(), 2u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(traps[1].type, ReadingTrap::Type::TrailingText);
+    EXPECT_EQ(traps[1].offset, 13u);
+}
+
+TEST_F(ZelctReadingTest, BytesAfterANulAreNeverLoaded) {
+    const std::string text = kCleanSfp + std::string(1, '\0') + "{\"present\": false}";
+    const Outcome outcome = checkText(text);
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(placed(outcome.findings[0]),
+              "14:1 after-nul NUL byte; the device loads the file only up to here and ignores "
+              "the 19 bytes from here");
+}
+
+TEST_F(ZelctReadingTest, StringNotUtf8IsWrittenBackAsJsoncppsWriterDoes) {
+    const std::string bad =
+        "F\xE9nix S\xC3"
+        "A";
+    const Outcome outcome = checkText(replaced(kCleanSfp, "\"FS\"", "\"" + bad + "\""));
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    const Finding& finding = outcome.findings[0];
+    EXPECT_EQ(finding.type, Finding::Type::NotUtf8);
+    EXPECT_EQ(finding.original, bad);
+    // The device stores with toStyledString, which decodes without checking the bytes after a
+    // lead byte: E9 swallows "ni", C3 swallows "A".
+    EXPECT_EQ(finding.understood, "\"F\\u9ba9x S\\u00c1\"");
+    EXPECT_EQ(Json::Value(bad).toStyledString(), finding.understood.asString() + "\n");
+    EXPECT_EQ(finding.line, 11);
+    EXPECT_EQ(finding.column, 18);
+}
+
+TEST_F(ZelctReadingTest, MemberNameNotUtf8IsATrapAtTheName) {
+    const std::vector<ReadingTrap> traps = trapsOf("{\"ok\": 1, \"b\xFF\": 2}");
+    ASSERT_EQ(traps.size(), 1u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::NotUtf8);
+    EXPECT_EQ(traps[0].offset, 10u);
+    EXPECT_EQ(pointerText(traps[0].path), "/b\xFF");
+}
+
+TEST_F(ZelctReadingTest, Utf8ValidityFollowsTheStandard) {
+    const auto valid = [](const std::string& bytes) {
+        return isValidUtf8(bytes.data(), bytes.data() + bytes.size());
+    };
+    EXPECT_TRUE(valid("plain"));
+    EXPECT_TRUE(valid("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xB5"));
+    EXPECT_FALSE(valid("\xC0\x80"));          // overlong NUL
+    EXPECT_FALSE(valid("\xE0\x80\xAF"));      // overlong slash
+    EXPECT_FALSE(valid("\xED\xA0\x80"));      // a surrogate
+    EXPECT_FALSE(valid("\xF4\x90\x80\x80"));  // past U+10FFFF
+    EXPECT_FALSE(valid("\xE2\x82"));          // cut short
+    EXPECT_FALSE(valid("\x80"));              // a continuation alone
+}
+
+TEST_F(ZelctReadingTest, ReadingTrapsComeBeforeTheDifferencesInTextOrder) {
+    const std::string text =
+        replaced(replaced(kCleanSfp, "\"present\" : true,", "\"present\" : 1, // yes"),
+                 "\"wavelength\" : 850\n", "\"wavelength\" : 850,\n");
+    const Outcome outcome = checkText(text);
+    EXPECT_EQ(outcome.status, Outcome::Status::Findings);
+    ASSERT_EQ(outcome.findings.size(), 3u);
+    EXPECT_EQ(placed(outcome.findings[0]),
+              "4:17 comment comment; the device skips it and never writes it back");
+    EXPECT_EQ(placed(outcome.findings[1]),
+              "12:20 trailing-comma trailing comma; the device skips it");
+    EXPECT_EQ(placed(outcome.findings[2]), "4:2 changed /present: 1 read as true");
+}
+
+// ---- files that cannot be parsed ----
+
+TEST_F(ZelctReadingTest, NestingPastTheParsersLimitIsUnusableWithItsPosition) {
+    const std::string deep = "{\"a\": " + std::string(2000, '[') + std::string(2000, ']') + "}";
+    EXPECT_EQ(nestingPastLimit(deep, 1000), 6u + 999u);
+    const Outcome outcome = checkText(deep);
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem,
+              "cannot load (the parser gave up: Exceeded stackLimit in readValue().)");
+    EXPECT_EQ(outcome.line, 1);
+    EXPECT_EQ(outcome.column, 1006);
+}
+
+TEST_F(ZelctReadingTest, NestingAtTheLimitIsRead) {
+    const std::string text = std::string(1000, '[') + std::string(1000, ']');
+    EXPECT_EQ(nestingPastLimit(text, 1000), text.size());
+    Json::Value root;
+    EXPECT_TRUE(deviceParses(text, root));
+}
+
+TEST_F(ZelctReadingTest, LogLinesOfTheLoadAreInTheOutcome) {
+    const Outcome outcome = checkText("{\"present\": tru}");
+    ASSERT_EQ(outcome.log.size(), 3u);
+    EXPECT_EQ(outcome.log[0].level, Logger::logVerbose);
+    EXPECT_EQ(outcome.log[1].text, "ERR::Error parsing Json '{\"present\": tru}'");
+    EXPECT_EQ(outcome.log[2].text,
+              "ERR::Error: '* Line 1, Column 13\n  Syntax error: value, object or array "
+              "expected.\n'");
+}
+
+}  // namespace

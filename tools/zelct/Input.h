@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "Check.h"
+#include "Kinds.h"
+
+namespace zelct {
+
+// The name that stands for standard input where a command takes a file.
+constexpr const char* kStandardInput = "-";
+
+// Standard input copied into a temporary file, so that it is loaded exactly as a file is
+// (FileMgr::loadLocalCfg takes a path, and a pipe has no size to read by). The file is
+// removed with this object.
+class StandardInputFile {
+public:
+    StandardInputFile() = default;
+    ~StandardInputFile();
+    StandardInputFile(const StandardInputFile&) = delete;
+    StandardInputFile& operator=(const StandardInputFile&) = delete;
+
+    // Copies standard input; false with the reason in `error` when it cannot.
+    bool copy(std::string& error);
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+// Checks a file named on the command line, or standard input for "-", as checkFile does;
+// the temporary file's name is taken out of what the library logs about it.
+Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings);
+
+// Why a file cannot be stored at that path, checked before anything is read or opened:
+// storing would otherwise truncate a device, wait forever on a FIFO, or fail late on a
+// directory. Empty when it can be tried (an absent path included: storing creates it or
+// says why it cannot).
+std::string unusableOutput(const std::string& path);
+
+}  // namespace zelct

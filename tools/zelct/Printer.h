@@ -1,0 +1,77 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Check.h"
+#include "Kinds.h"
+#include "Log.h"
+
+namespace zelct {
+
+// How results are written on standard output. Log lines and problems are text on standard
+// error in every format.
+enum class Format { Text, Json };
+
+// The names of --format, in the order the help lists them.
+const std::vector<std::string>& formatNames();
+
+// The format of that name; false for an unknown one.
+bool formatNamed(const std::string& name, Format& format);
+
+// Something a command cannot do: an argument it cannot use, a file it cannot read or write,
+// a value the library refuses. `file` is empty when the problem is not about one file.
+struct Problem {
+    std::string file;
+    int line = 0;  // 1-based place in the file, 0 when unknown
+    int column = 0;
+    std::string message;
+    int exit = 2;
+};
+
+// Everything a command prints goes through one printer, so that each output format is
+// written in one place and a new format is one more implementation of this interface.
+class Printer {
+public:
+    Printer(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
+    virtual ~Printer() = default;
+    Printer(const Printer&) = delete;
+    Printer& operator=(const Printer&) = delete;
+
+    // One file that check read: its log lines, then its findings or why it cannot be used.
+    virtual void checked(const std::string& file, const Kind& kind, const Outcome& outcome) = 0;
+
+    // The result of a command that is not a check: the JSON form, and the text form as
+    // whole lines.
+    virtual void result(const Json::Value& json, const std::string& text) = 0;
+
+    // A JSON document as a result (normalize, template): `styled` is written as it is in
+    // text, since it is already escaped JSON; machine formats write `json`.
+    virtual void document(const Json::Value& json, const std::string& styled) = 0;
+
+    // A problem, shown as one line on standard error in every format.
+    virtual void problem(const Problem& problem);
+
+    // Writes what the format keeps until the end. A result or a document is preferred to the
+    // files checked on the way, a problem to both. and makes sure standard output took it.
+    // Returns the command's exit code, or 2 when standard output could not be written.
+    virtual int finish(int exit);
+
+    // The library's lines, those at most as detailed as -v asks for, on standard error.
+    void libraryLog(const std::vector<LogLine>& lines);
+
+protected:
+    std::ostream& out_;
+    std::ostream& err_;
+};
+
+std::unique_ptr<Printer> makePrinter(Format format, std::ostream& out, std::ostream& err);
+
+// "FILE:LINE:COLUMN" or "FILE" when the line is unknown, as compilers name a place.
+std::string placeText(const std::string& file, int line, int column);
+
+}  // namespace zelct

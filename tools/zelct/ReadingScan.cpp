@@ -1,0 +1,377 @@
+#include "ReadingScan.h"
+
+#include <algorithm>
+#include <memory>
+#include <unordered_map>
+#include <utility>
+
+namespace zelct {
+
+namespace {
+
+bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+bool endsLiteral(char c) {
+    switch (c) {
+        case ' ':
+        case '\t':
+        case '\n':
+        case '\r':
+        case ',':
+        case ':':
+        case '[':
+        case ']':
+        case '{':
+        case '}':
+        case '"':
+        case '/':
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool startsComment(const std::string& text, size_t pos, size_t end) {
+    return text[pos] == '/' && pos + 1 < end && (text[pos + 1] == '/' || text[pos + 1] == '*');
+}
+
+// Past the comment at `pos`: a line comment ends before the line break, as jsoncpp ends it.
+size_t commentEnd(const std::string& text, size_t pos, size_t end) {
+    if (text[pos + 1] == '/') {
+        size_t i = pos + 2;
+        while (i < end && text[i] != '\n' && text[i] != '\r') {
+            ++i;
+        }
+        return i;
+    }
+    const size_t close = text.find("*/", pos + 2);
+    return close == std::string::npos || close + 2 > end ? end : close + 2;
+}
+
+// Past the closing quote of the string opening at `pos`.
+size_t stringEnd(const std::string& text, size_t pos, size_t end) {
+    size_t i = pos + 1;
+    while (i < end) {
+        if (text[i] == '\\') {
+            i += 2;
+        } else if (text[i] == '"') {
+            return i + 1;
+        } else {
+            ++i;
+        }
+    }
+    return end;
+}
+
+size_t literalEnd(const std::string& text, size_t pos, size_t end) {
+    size_t i = pos + 1;
+    while (i < end && !endsLiteral(text[i])) {
+        ++i;
+    }
+    return i;
+}
+
+struct Member {
+    size_t keyOffset = 0;
+    size_t valueStart = 0;
+    size_t valueEnd = 0;
+};
+
+struct Container {
+    explicit Container(bool object) : isObject(object) {}
+
+    bool isObject;
+    bool expectingKey = true;  // an object between its members
+    bool memberPending = false;
+    bool afterComma = false;
+    size_t commaOffset = 0;
+    Json::ArrayIndex count = 0;  // elements begun, in an array
+    std::string key;
+    Member current;
+    std::unordered_map<std::string, Member> last;  // the latest occurrence of each name
+    std::vector<std::pair<std::string, Member>> ignored;
+};
+
+ReadingTrap trapAt(ReadingTrap::Type type, size_t offset, JsonPath path) {
+    ReadingTrap trap;
+    trap.type = type;
+    trap.offset = offset;
+    trap.path = std::move(path);
+    return trap;
+}
+
+class Scanner {
+public:
+    Scanner(const std::string& bytes, size_t end) : text_(bytes), end_(end) {}
+
+    std::vector<ReadingTrap> run() {
+        size_t pos = text_.compare(0, 3, "\xEF\xBB\xBF") == 0 && end_ >= 3 ? 3 : 0;
+        while (pos < end_) {
+            pos = step(pos);
+        }
+        if (end_ < text_.size()) {
+            ReadingTrap trap = trapAt(ReadingTrap::Type::AfterNul, end_, JsonPath());
+            trap.count = text_.size() - end_;
+            traps_.push_back(trap);
+        }
+        std::stable_sort(
+            traps_.begin(), traps_.end(),
+            [](const ReadingTrap& a, const ReadingTrap& b) { return a.offset < b.offset; });
+        return std::move(traps_);
+    }
+
+private:
+    size_t step(size_t pos) {
+        const char c = text_[pos];
+        if (isSpace(c)) {
+            return pos + 1;
+        }
+        if (startsComment(text_, pos, end_)) {
+            traps_.push_back(trapAt(ReadingTrap::Type::Comment, pos, containerPath()));
+            return commentEnd(text_, pos, end_);
+        }
+        if (rootDone_) {
+            traps_.push_back(trapAt(ReadingTrap::Type::TrailingText, pos, JsonPath()));
+            return end_;
+        }
+        switch (c) {
+            case '{':
+            case '[':
+                beginValue(pos);
+                stack_.push_back(Container{c == '{'});
+                path_.push_back(PathStep::element(0));
+                return pos + 1;
+            case '}':
+            case ']':
+                close(pos);
+                return pos + 1;
+            case ',':
+                comma(pos);
+                return pos + 1;
+            case ':':
+                return pos + 1;
+            case '"':
+                return string(pos);
+            default: {
+                const size_t end = literalEnd(text_, pos, end_);
+                beginValue(pos);
+                endValue(end);
+                return end;
+            }
+        }
+    }
+
+    JsonPath containerPath() const {
+        return path_.empty() ? JsonPath() : JsonPath(path_.begin(), path_.end() - 1);
+    }
+
+    void beginValue(size_t pos) {
+        if (stack_.empty()) {
+            return;
+        }
+        Container& top = stack_.back();
+        top.afterComma = false;
+        if (top.isObject) {
+            top.current.valueStart = pos;
+        } else {
+            path_.back() = PathStep::element(top.count++);
+        }
+    }
+
+    void endValue(size_t end) {
+        if (stack_.empty()) {
+            rootDone_ = true;
+        } else if (stack_.back().isObject) {
+            stack_.back().current.valueEnd = end;
+        }
+    }
+
+    void comma(size_t pos) {
+        if (stack_.empty()) {
+            return;
+        }
+        Container& top = stack_.back();
+        top.afterComma = true;
+        top.commaOffset = pos;
+        if (top.isObject) {
+            finishMember(top);
+            top.expectingKey = true;
+        }
+    }
+
+    // The device's reader assigns each member as it comes, so the last of a name stays.
+    static void finishMember(Container& object) {
+        if (!object.memberPending) {
+            return;
+        }
+        object.memberPending = false;
+        auto placed = object.last.emplace(object.key, object.current);
+        if (!placed.second) {
+            object.ignored.emplace_back(object.key, placed.first->second);
+            placed.first->second = object.current;
+        }
+    }
+
+    void close(size_t pos) {
+        if (stack_.empty()) {
+            return;
+        }
+        Container& top = stack_.back();
+        const JsonPath path = containerPath();
+        if (top.afterComma) {
+            traps_.push_back(trapAt(ReadingTrap::Type::TrailingComma, top.commaOffset, path));
+        }
+        if (top.isObject) {
+            finishMember(top);
+            for (const auto& ignored : top.ignored) {
+                ReadingTrap trap =
+                    trapAt(ReadingTrap::Type::DuplicateMember, ignored.second.keyOffset, path);
+                trap.path.push_back(PathStep::member(ignored.first));
+                trap.valueStart = ignored.second.valueStart;
+                trap.valueEnd = ignored.second.valueEnd;
+                trap.keptOffset = top.last[ignored.first].keyOffset;
+                traps_.push_back(std::move(trap));
+            }
+        }
+        stack_.pop_back();
+        path_.pop_back();
+        endValue(pos + 1);
+    }
+
+    size_t string(size_t pos) {
+        const size_t end = stringEnd(text_, pos, end_);
+        const bool valid = isValidUtf8(text_.data() + pos + 1, text_.data() + end - 1);
+        if (!stack_.empty() && stack_.back().isObject && stack_.back().expectingKey) {
+            Container& top = stack_.back();
+            top.key = decoded(pos, end);
+            top.expectingKey = false;
+            top.memberPending = true;
+            top.afterComma = false;
+            top.current = Member{pos, 0, 0};
+            path_.back() = PathStep::member(top.key);
+            if (!valid) {
+                notUtf8(pos, end, path_);
+            }
+            return end;
+        }
+        beginValue(pos);
+        if (!valid) {
+            notUtf8(pos, end, path_);
+        }
+        endValue(end);
+        return end;
+    }
+
+    void notUtf8(size_t pos, size_t end, const JsonPath& path) {
+        ReadingTrap trap = trapAt(ReadingTrap::Type::NotUtf8, pos, path);
+        trap.valueStart = pos;
+        trap.valueEnd = end;
+        traps_.push_back(std::move(trap));
+    }
+
+    // A member name as the device's reader decodes it; escapes are rare, so only a name with
+    // a backslash goes through jsoncpp.
+    std::string decoded(size_t pos, size_t end) {
+        const std::string quoted = text_.substr(pos, end - pos);
+        if (quoted.find('\\') == std::string::npos) {
+            return quoted.substr(1, quoted.size() >= 2 ? quoted.size() - 2 : 0);
+        }
+        if (!reader_) {
+            reader_.reset(Json::CharReaderBuilder().newCharReader());
+        }
+        Json::Value name;
+        std::string errors;
+        if (reader_->parse(quoted.data(), quoted.data() + quoted.size(), &name, &errors) &&
+            name.isString()) {
+            return name.asString();
+        }
+        return quoted;
+    }
+
+    const std::string& text_;
+    size_t end_;
+    std::vector<ReadingTrap> traps_;
+    std::vector<Container> stack_;
+    JsonPath path_;  // one step per open container: the child being read
+    bool rootDone_ = false;
+    std::unique_ptr<Json::CharReader> reader_;
+};
+
+// The length of the UTF-8 sequence a lead byte opens, and the smallest code point it may
+// encode; 0 for a byte that opens none.
+int sequenceLength(unsigned char lead, unsigned& minimum) {
+    if (lead < 0x80) {
+        minimum = 0;
+        return 1;
+    }
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        minimum = 0x80;
+        return 2;
+    }
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        minimum = 0x800;
+        return 3;
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        minimum = 0x10000;
+        return 4;
+    }
+    return 0;
+}
+
+}  // namespace
+
+bool isValidUtf8(const char* begin, const char* end) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(begin);
+    const unsigned char* last = reinterpret_cast<const unsigned char*>(end);
+    while (p < last) {
+        unsigned minimum = 0;
+        const int length = sequenceLength(*p, minimum);
+        if (length == 0 || last - p < length) {
+            return false;
+        }
+        unsigned code = length == 1 ? *p : *p & (0x7F >> length);
+        for (int i = 1; i < length; ++i) {
+            if ((p[i] & 0xC0) != 0x80) {
+                return false;
+            }
+            code = (code << 6) | (p[i] & 0x3F);
+        }
+        if (code < minimum || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+            return false;
+        }
+        p += length;
+    }
+    return true;
+}
+
+std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength) {
+    return Scanner(bytes, std::min(deviceLength, bytes.size())).run();
+}
+
+size_t nestingPastLimit(const std::string& text, size_t limit) {
+    size_t depth = 0;
+    size_t pos = 0;
+    while (pos < text.size()) {
+        const char c = text[pos];
+        if (c == '"') {
+            pos = stringEnd(text, pos, text.size());
+        } else if (startsComment(text, pos, text.size())) {
+            pos = commentEnd(text, pos, text.size());
+        } else {
+            if (c == '[' || c == '{') {
+                if (++depth > limit) {
+                    return pos;
+                }
+            } else if ((c == ']' || c == '}') && depth > 0) {
+                --depth;
+            }
+            ++pos;
+        }
+    }
+    return text.size();
+}
+
+}  // namespace zelct

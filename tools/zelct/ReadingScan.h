@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "JsonText.h"
+
+namespace zelct {
+
+// Something in a file that jsoncpp's default reader, which the device uses, accepts and reads
+// differently from what the text says, or not at all.
+struct ReadingTrap {
+    enum class Type {
+        DuplicateMember,  // a member name given again later in the same object
+        TrailingText,     // text after the document
+        Comment,          // a // or /* */ comment
+        TrailingComma,    // a comma before } or ]
+        AfterNul,         // a NUL byte, and the bytes after it
+        NotUtf8,          // a string (a value or a member name) that is not valid UTF-8
+    };
+    Type type = Type::Comment;
+    size_t offset = 0;  // where it starts in the file
+    JsonPath path;      // the member, the string, or the container the text stands in
+    // DuplicateMember: where the ignored value starts and ends, and where the kept
+    // occurrence's name starts. NotUtf8: the string with its quotes. AfterNul: the number of
+    // bytes from the NUL to the end of the file.
+    size_t valueStart = 0;
+    size_t valueEnd = 0;
+    size_t keptOffset = 0;
+    size_t count = 0;
+};
+
+// Scans a whole file once, as strictly as JSON asks, for what the device's reader lets pass.
+// Only the text before the first NUL is read as JSON (the device's loader stops there); it
+// must be a text the device's reader accepted. Traps come in the order of their offsets.
+std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength);
+
+// Where the nesting of arrays and objects first goes deeper than `limit` levels, or the
+// text's size when it never does. Strings and comments are skipped.
+size_t nestingPastLimit(const std::string& text, size_t limit);
+
+// Whether a byte sequence is well-formed UTF-8 (no overlong forms, no surrogates, nothing
+// past U+10FFFF).
+bool isValidUtf8(const char* begin, const char* end);
+
+}  // namespace zelct
