@@ -55,10 +55,25 @@ def json_report(tool, cli, kind, files):
     return code, json.loads(out)
 
 
-def findings_of(report):
-    for checked in report if isinstance(report, list) else []:
+def raw_name(name):
+    """A file name as JSON writes it (a byte that is not UTF-8 as the text \\xNN) with those
+    bytes back, as surrogate escapes."""
+    return re.sub(r"\\x([89a-fA-F][0-9a-fA-F])", lambda m: chr(0xDC00 + int(m.group(1), 16)), name)
+
+
+def expected_items(report):
+    """What each format must say, in order: ("finding", file, finding) for each finding and
+    ("unusable", file, checked) for each file that cannot be used, file after file; a problem
+    of the command itself (the JSON error document) as ("problem", file, report)."""
+    if isinstance(report, dict):
+        return [("problem", report.get("file", ""), report)]
+    items = []
+    for checked in report:
+        if checked["result"] == "unusable":
+            items.append(("unusable", checked["file"], checked))
         for finding in checked.get("findings", []):
-            yield checked, finding
+            items.append(("finding", checked["file"], finding))
+    return items
 
 
 def check_sarif(tool, source, schema_path):
@@ -96,41 +111,49 @@ def sarif_problems(log, report, code):
     if run_["invocations"][0]["exitCode"] != code:
         problems.append("the invocation's exit code differs")
     results = run_["results"]
-    expected = [(checked["file"], f) for checked, f in findings_of(report)]
-    unusable = [c for c in report if isinstance(report, list) and c.get("result") == "unusable"]
-    if len(results) != len(expected) + len(unusable):
-        problems.append(f"{len(results)} results for {len(expected)} findings and "
-                        f"{len(unusable)} unusable files")
-    for result, (file, finding) in zip(results, expected):
+    items = expected_items(report)
+    problems_of_command = [item for item in items if item[0] == "problem"]
+    items = [item for item in items if item[0] != "problem"]
+    notifications = run_["invocations"][0].get("toolExecutionNotifications", [])
+    if len(notifications) != len(problems_of_command):
+        problems.append(f"{len(notifications)} notifications for {problems_of_command}")
+    if run_["invocations"][0]["executionSuccessful"] != (not problems_of_command):
+        problems.append("the invocation's success differs")
+    if len(results) != len(items):
+        problems.append(f"{len(results)} results for {len(items)} findings and unusable files")
+    for result, (what, file, item) in zip(results, items):
         location = result["locations"][0]
         physical = location["physicalLocation"]
         region = physical.get("region", {})
         got = {
             "rule": result["ruleId"],
             "rule index": ids[result["ruleIndex"]],
-            "file": urllib.parse.unquote(physical["artifactLocation"]["uri"]),
+            "file": urllib.parse.unquote(physical["artifactLocation"]["uri"],
+                                         errors="surrogateescape"),
             "line": region.get("startLine"),
             "column": region.get("startColumn"),
-            "path": result["properties"]["path"],
-            "logical": location["logicalLocations"][0]["fullyQualifiedName"],
-            "message": result["message"]["text"],
             "level": result["level"],
         }
         want = {
-            "rule": finding["finding"], "rule index": finding["finding"], "file": file,
-            "line": finding.get("line"), "column": finding.get("column"),
-            "path": finding["path"], "logical": finding["path"], "message": finding["text"],
-            "level": "warning",
+            "rule": item["finding"] if what == "finding" else "unusable",
+            "file": raw_name(file),
+            "line": item.get("line"), "column": item.get("column"),
+            "level": "warning" if what == "finding" else "error",
         }
-        if "understood" in finding:
-            got["reading"] = result["properties"].get("understood")
-            want["reading"] = finding["understood"]
+        want["rule index"] = want["rule"]
+        if what == "finding":
+            got["path"] = result["properties"]["path"]
+            got["logical"] = location["logicalLocations"][0]["fullyQualifiedName"]
+            got["message"] = result["message"]["text"]
+            want.update(path=item["path"], logical=item["path"], message=item["text"])
+            if "understood" in item:
+                got["reading"] = result["properties"].get("understood")
+                want["reading"] = item["understood"]
+        else:
+            got["message"] = result["message"]["text"]
+            want["message"] = item["error"]
         if got != want:
-            problems.append(f"result {got} for finding {want}")
-    for result, checked in zip(results[len(expected):], unusable):
-        uri = urllib.parse.unquote(result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"])
-        if (result["ruleId"], result["level"], uri) != ("unusable", "error", checked["file"]):
-            problems.append(f"unusable file {checked['file']} as {result}")
+            problems.append(f"result {got} for {want}")
     return problems
 
 
@@ -157,21 +180,17 @@ def check_github(tool, source):
         if None in annotations:
             failures.append(f"{what}: a line that is no annotation: {out!r}")
             continue
-        warnings = [a for a in annotations if a.group(1) == "warning"]
-        errors = [a for a in annotations if a.group(1) == "error"]
-        expected = list(findings_of(report))
-        if len(warnings) != len(expected):
-            failures.append(f"{what}: {len(warnings)} warnings for {len(expected)} findings")
-        for annotation, (checked, finding) in zip(warnings, expected):
-            got = (unescape(annotation.group(2)), annotation.group(3), annotation.group(4),
-                   unescape(annotation.group(6)))
-            want = (checked["file"], str(finding.get("line")), str(finding.get("column")),
-                    finding["text"])
+        items = expected_items(report)
+        if len(annotations) != len(items):
+            failures.append(f"{what}: {len(annotations)} annotations for {len(items)} items")
+        for annotation, (kind_of, file, item) in zip(annotations, items):
+            got = (annotation.group(1), unescape(annotation.group(2) or ""),
+                   annotation.group(3), annotation.group(4), unescape(annotation.group(6)))
+            place = (str(item["line"]), str(item["column"])) if "line" in item else (None, None)
+            message = item["text"] if kind_of == "finding" else item["error"]
+            want = ("warning" if kind_of == "finding" else "error", file) + place + (message,)
             if got != want:
-                failures.append(f"{what}: annotation {got}, finding {want}")
-        unusable = [c["file"] for c in report if c.get("result") == "unusable"]
-        if [unescape(a.group(2)) for a in errors] != unusable:
-            failures.append(f"{what}: errors {[a.group(0) for a in errors]} for {unusable}")
+                failures.append(f"{what}: annotation {got}, expected {want}")
     return count, failures
 
 

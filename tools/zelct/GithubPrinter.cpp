@@ -51,15 +51,14 @@ std::string annotation(const char* command, const std::string& file, int line, i
                        const std::string& title, const std::string& message) {
     std::string properties;
     if (!file.empty()) {
-        properties += "file=" + escapedProperty(file);
+        properties += "file=" + escapedProperty(validUtf8(file));
         if (line > 0) {
             properties += ",line=" + std::to_string(line) + ",col=" + std::to_string(column);
         }
         properties += ",";
     }
     properties += "title=" + escapedProperty(title);
-    return std::string("::") + command + " " + properties + "::" +
-           escapedData(validUtf8(message));
+    return std::string("::") + command + " " + properties + "::" + escapedData(validUtf8(message));
 }
 
 class GithubPrinter : public Printer {
@@ -107,6 +106,9 @@ public:
                            problem.message)
              << '\n';
     }
+
+private:
+    std::unique_ptr<Printer> text_;  // writes what commands other than check give
 };
 
 }  // namespace

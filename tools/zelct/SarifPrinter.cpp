@@ -68,7 +68,6 @@ Json::Value rulesJson() {
     return rules;
 }
 
-
 // A file name as a URI reference: unreserved characters and "/" as they are, every other
 // byte percent-encoded; an absolute name becomes a file: URI.
 std::string uriOf(const std::string& file) {
