@@ -24,7 +24,7 @@ ensure_packages() {
 
 # The packages every build of the project needs.
 BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
-               clang-format libcli11-dev)
+               clang-format libcli11-dev python3 python3-jsonschema)
 
 # What the robustness stages add: valgrind's memcheck, clang with libFuzzer and the sanitizer
 # runtimes for the fuzz targets.

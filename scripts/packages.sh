@@ -34,6 +34,13 @@ refuse() {  # package, then paths it must not contain
         fi
     done
 }
+
+# The schema of every kind, as the build wrote them.
+schemas=()
+for file in "$build"/share/zelCommonTypes/schemas/*.schema.json; do
+    [ -f "$file" ] && schemas+=("usr/share/zelCommonTypes/schemas/$(basename "$file")")
+done
+[ ${#schemas[@]} -gt 0 ] || { echo "the build wrote no schemas"; exit 1; }
 expect libzelcommontypes1 "usr/lib/$arch/libzelCommonTypes.so.1" "usr/lib/$arch/libzelCommonTypes.so.1.0.0"
 refuse libzelcommontypes1 "usr/include" "libzelCommonTypes.so$" "usr/bin"
 expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
@@ -41,7 +48,7 @@ expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfig.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfigVersion.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
-    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc"
+    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}"
 refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin"
 expect zelct "usr/bin/zelct"
 

@@ -174,14 +174,18 @@ TEST(ZelctPrinter, AnOutputThatCannotBeWrittenMakesTheExitCodeTwo) {
     EXPECT_EQ(err.str().rfind("zelct: cannot write standard output", 0), 0u) << err.str();
 }
 
-TEST(ZelctPrinter, FormatsAreNamedTextAndJson) {
+TEST(ZelctPrinter, FormatsAreNamedAsTheOptionTakesThem) {
     Format format = Format::Text;
     EXPECT_TRUE(formatNamed("json", format));
     EXPECT_EQ(format, Format::Json);
     EXPECT_TRUE(formatNamed("text", format));
     EXPECT_EQ(format, Format::Text);
+    EXPECT_TRUE(formatNamed("sarif", format));
+    EXPECT_EQ(format, Format::Sarif);
+    EXPECT_TRUE(formatNamed("github", format));
+    EXPECT_EQ(format, Format::Github);
     EXPECT_FALSE(formatNamed("xml", format));
-    EXPECT_EQ(formatNames(), (std::vector<std::string>{"text", "json"}));
+    EXPECT_EQ(formatNames(), (std::vector<std::string>{"text", "json", "sarif", "github"}));
 }
 
 // ---- suggestions ----

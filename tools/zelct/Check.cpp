@@ -1164,6 +1164,13 @@ Outcome wrongTopLevel(const Kind& kind, const Json::Value& document, const Sourc
     return outcome;
 }
 
+// A top-level "$schema" names the schema an editor checks the document against. The library
+// never reads it, as intended, so it is no finding.
+bool isSchemaReference(const Finding& finding) {
+    return finding.type == Finding::Type::Dropped && finding.path.size() == 1 &&
+           !finding.path[0].isIndex && finding.path[0].key == "$schema";
+}
+
 // The verdict on a document that was read without failing.
 Outcome judged(const Kind& kind, const Json::Value& document, Reading& reading, bool withFindings,
                const SourceText* source) {
@@ -1173,6 +1180,9 @@ Outcome judged(const Kind& kind, const Json::Value& document, Reading& reading, 
             outcome.findings = readingFindings(*source, document);
         }
         std::vector<Finding> differences = findDifferences(kind, document, reading);
+        differences.erase(
+            std::remove_if(differences.begin(), differences.end(), &isSchemaReference),
+            differences.end());
         if (source != nullptr) {
             placeFindings(differences, *source, document);
         }

@@ -9,6 +9,8 @@ namespace zelct {
 
 std::unique_ptr<Printer> makeTextPrinter(std::ostream& out, std::ostream& err);
 std::unique_ptr<Printer> makeJsonPrinter(std::ostream& out, std::ostream& err);
+std::unique_ptr<Printer> makeSarifPrinter(std::ostream& out, std::ostream& err);
+std::unique_ptr<Printer> makeGithubPrinter(std::ostream& out, std::ostream& err);
 
 namespace {
 
@@ -20,8 +22,10 @@ struct FormatRow {
 
 // clang-format off
 const FormatRow kFormats[] = {
-    {"text", Format::Text, &makeTextPrinter},
-    {"json", Format::Json, &makeJsonPrinter},
+    {"text",   Format::Text,   &makeTextPrinter},
+    {"json",   Format::Json,   &makeJsonPrinter},
+    {"sarif",  Format::Sarif,  &makeSarifPrinter},
+    {"github", Format::Github, &makeGithubPrinter},
 };
 // clang-format on
 

@@ -15,7 +15,7 @@ namespace zelct {
 
 // How results are written on standard output. Log lines and problems are text on standard
 // error in every format.
-enum class Format { Text, Json };
+enum class Format { Text, Json, Sarif, Github };
 
 // The names of --format, in the order the help lists them.
 const std::vector<std::string>& formatNames();

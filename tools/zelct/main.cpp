@@ -23,6 +23,7 @@
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
+#include "Schema.h"
 
 namespace {
 
@@ -136,6 +137,16 @@ int runTemplate(const Arguments& args, Printer& printer) {
     return 0;
 }
 
+int runSchema(const Arguments& args, Printer& printer) {
+    const Kind* kind = kindOrComplain(args.kind, printer);
+    if (kind == nullptr) {
+        return kUnusable;
+    }
+    const Json::Value schema = schemaOf(*kind);
+    printer.document(schema, indentedJson(schema));
+    return 0;
+}
+
 int runVideo(const Arguments& args, Printer& printer) {
     return showVideo(args.videoFormat, printer);
 }
@@ -229,6 +240,11 @@ void defineCommands(CommandLine& line) {
         line, "template", "Print the document that a default-constructed object of KIND writes",
         &runTemplate);
     templ->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
+
+    CLI::App* schema = addCommand(
+        line, "schema", "Print the JSON Schema of KIND: what the library reads from its documents",
+        &runSchema);
+    schema->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
     CLI::App* video = addCommand(
         line, "video",

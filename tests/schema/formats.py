@@ -1,0 +1,214 @@
+#!/usr/bin/env python3
+"""Checks `zelct check --format sarif` and `--format github` against `--format json`.
+
+  formats.py sarif  TOOL SOURCE_DIR SARIF_SCHEMA   a valid SARIF 2.1.0 log with a result for
+                                                   each finding: file, line, column, JSON path,
+                                                   the device's reading, the same exit code
+  formats.py github TOOL SOURCE_DIR                one annotation a finding, errors for files
+                                                   that cannot be used, the same exit code
+
+The tool may be a command line with its words separated by "|" (an emulator in front). The
+files are those of the command-line cases under tests/cli, checked from that folder.
+"""
+import glob
+import json
+import os
+import re
+import shlex
+import subprocess
+import sys
+import urllib.parse
+
+import jsonschema
+
+
+def check_command(cmd_file):
+    """(kind, files) of a command-line case that checks files as a kind with no option but
+    --json, else None. File names keep their bytes (surrogate escapes)."""
+    text = open(cmd_file, encoding="utf-8", errors="surrogateescape").read()
+    words = shlex.split(text)
+    if words[:1] != ["check"]:
+        return None
+    words = [w for w in words[1:] if w != "--json"]
+    if len(words) < 2 or any(w.startswith("-") or "@" in w for w in words):
+        return None
+    return words[0], words[1:]
+
+
+def check_runs(source):
+    """The kind and files of every check case of tests/cli, as (kind, [files])."""
+    runs = []
+    for cmd_file in sorted(glob.glob(os.path.join(source, "tests", "cli", "*", "cmd"))):
+        command = check_command(cmd_file)
+        if command is not None and command not in runs:
+            runs.append(command)
+    return runs
+
+
+def run(tool, cli, *args):
+    result = subprocess.run(tool + list(args), capture_output=True, cwd=cli)
+    return result.returncode, result.stdout.decode("utf-8", "replace")
+
+
+def json_report(tool, cli, kind, files):
+    code, out = run(tool, cli, "check", "--format", "json", kind, *files)
+    return code, json.loads(out)
+
+
+def raw_name(name):
+    """A file name as JSON writes it (a byte that is not UTF-8 as the text \\xNN) with those
+    bytes back, as surrogate escapes."""
+    return re.sub(r"\\x([89a-fA-F][0-9a-fA-F])", lambda m: chr(0xDC00 + int(m.group(1), 16)), name)
+
+
+def expected_items(report):
+    """What each format must say, in order: ("finding", file, finding) for each finding and
+    ("unusable", file, checked) for each file that cannot be used, file after file; a problem
+    of the command itself (the JSON error document) as ("problem", file, report)."""
+    if isinstance(report, dict):
+        return [("problem", report.get("file", ""), report)]
+    items = []
+    for checked in report:
+        if checked["result"] == "unusable":
+            items.append(("unusable", checked["file"], checked))
+        for finding in checked.get("findings", []):
+            items.append(("finding", checked["file"], finding))
+    return items
+
+
+def check_sarif(tool, source, schema_path):
+    schema = json.load(open(schema_path))
+    validator = jsonschema.validators.validator_for(schema)(schema)
+    cli = os.path.join(source, "tests", "cli")
+    failures, count = [], 0
+    for kind, files in check_runs(source):
+        what = f"check --format sarif {kind} {' '.join(files)}"
+        code, report = json_report(tool, cli, kind, files)
+        sarif_code, out = run(tool, cli, "check", "--format", "sarif", kind, *files)
+        count += 1
+        if sarif_code != code:
+            failures.append(f"{what}: exit {sarif_code}, json gives {code}")
+        try:
+            log = json.loads(out)
+        except ValueError as error:
+            failures.append(f"{what}: not JSON: {error}")
+            continue
+        failures += [f"{what}: {'/'.join(map(str, e.absolute_path))}: {e.message}"
+                     for e in validator.iter_errors(log)]
+        failures += [f"{what}: {problem}" for problem in sarif_problems(log, report, code)]
+    return count, failures
+
+
+def sarif_problems(log, report, code):
+    problems = []
+    if log.get("version") != "2.1.0" or len(log.get("runs", [])) != 1:
+        return ["not one run of SARIF 2.1.0"]
+    run_ = log["runs"][0]
+    rules = run_["tool"]["driver"]["rules"]
+    ids = [rule["id"] for rule in rules]
+    if len(set(ids)) != len(ids):
+        problems.append(f"rules named twice: {ids}")
+    if run_["invocations"][0]["exitCode"] != code:
+        problems.append("the invocation's exit code differs")
+    results = run_["results"]
+    items = expected_items(report)
+    problems_of_command = [item for item in items if item[0] == "problem"]
+    items = [item for item in items if item[0] != "problem"]
+    notifications = run_["invocations"][0].get("toolExecutionNotifications", [])
+    if len(notifications) != len(problems_of_command):
+        problems.append(f"{len(notifications)} notifications for {problems_of_command}")
+    if run_["invocations"][0]["executionSuccessful"] != (not problems_of_command):
+        problems.append("the invocation's success differs")
+    if len(results) != len(items):
+        problems.append(f"{len(results)} results for {len(items)} findings and unusable files")
+    for result, (what, file, item) in zip(results, items):
+        location = result["locations"][0]
+        physical = location["physicalLocation"]
+        region = physical.get("region", {})
+        got = {
+            "rule": result["ruleId"],
+            "rule index": ids[result["ruleIndex"]],
+            "file": urllib.parse.unquote(physical["artifactLocation"]["uri"],
+                                         errors="surrogateescape"),
+            "line": region.get("startLine"),
+            "column": region.get("startColumn"),
+            "level": result["level"],
+        }
+        want = {
+            "rule": item["finding"] if what == "finding" else "unusable",
+            "file": raw_name(file),
+            "line": item.get("line"), "column": item.get("column"),
+            "level": "warning" if what == "finding" else "error",
+        }
+        want["rule index"] = want["rule"]
+        if what == "finding":
+            got["path"] = result["properties"]["path"]
+            got["logical"] = location["logicalLocations"][0]["fullyQualifiedName"]
+            got["message"] = result["message"]["text"]
+            want.update(path=item["path"], logical=item["path"], message=item["text"])
+            if "understood" in item:
+                got["reading"] = result["properties"].get("understood")
+                want["reading"] = item["understood"]
+        else:
+            got["message"] = result["message"]["text"]
+            want["message"] = item["error"]
+        if got != want:
+            problems.append(f"result {got} for {want}")
+    return problems
+
+
+ANNOTATION = re.compile(r"^::(warning|error) (?:file=([^,]*)(?:,line=(\d+),col=(\d+))?,)?"
+                        r"title=([^:]*)::(.*)$")
+
+
+def unescape(text):
+    return text.replace("%0A", "\n").replace("%0D", "\r").replace("%3A", ":") \
+        .replace("%2C", ",").replace("%25", "%")
+
+
+def check_github(tool, source):
+    cli = os.path.join(source, "tests", "cli")
+    failures, count = [], 0
+    for kind, files in check_runs(source):
+        what = f"check --format github {kind} {' '.join(files)}"
+        code, report = json_report(tool, cli, kind, files)
+        github_code, out = run(tool, cli, "check", "--format", "github", kind, *files)
+        count += 1
+        if github_code != code:
+            failures.append(f"{what}: exit {github_code}, json gives {code}")
+        annotations = [ANNOTATION.match(line) for line in out.splitlines() if line.startswith("::")]
+        if None in annotations:
+            failures.append(f"{what}: a line that is no annotation: {out!r}")
+            continue
+        items = expected_items(report)
+        if len(annotations) != len(items):
+            failures.append(f"{what}: {len(annotations)} annotations for {len(items)} items")
+        for annotation, (kind_of, file, item) in zip(annotations, items):
+            got = (annotation.group(1), unescape(annotation.group(2) or ""),
+                   annotation.group(3), annotation.group(4), unescape(annotation.group(6)))
+            place = (str(item["line"]), str(item["column"])) if "line" in item else (None, None)
+            message = item["text"] if kind_of == "finding" else item["error"]
+            want = ("warning" if kind_of == "finding" else "error", file) + place + (message,)
+            if got != want:
+                failures.append(f"{what}: annotation {got}, expected {want}")
+    return count, failures
+
+
+def main():
+    mode = sys.argv[1] if len(sys.argv) > 1 else ""
+    if mode == "sarif" and len(sys.argv) == 5:
+        count, failures = check_sarif(sys.argv[2].split("|"), sys.argv[3], sys.argv[4])
+    elif mode == "github" and len(sys.argv) == 4:
+        count, failures = check_github(sys.argv[2].split("|"), sys.argv[3])
+    else:
+        sys.exit(__doc__)
+    for failure in failures:
+        print("FAIL", failure)
+    print(f"{mode}: {count} check runs, {len(failures)} failures")
+    if count == 0:
+        sys.exit("nothing was checked")
+    sys.exit(1 if failures else 0)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,226 @@
+// SARIF 2.1.0 for code-review pages: one log of one run, a rule for each kind of finding and
+// one for files that cannot be used, a result for each finding with the file, line and column
+// it concerns, its JSON path and the value the device reads. Commands other than check have
+// no findings; they write their JSON form as the json format does.
+#include <cctype>
+
+#include "JsonText.h"
+#include "Printer.h"
+#include "SafeText.h"
+
+namespace zelct {
+
+std::unique_ptr<Printer> makeJsonPrinter(std::ostream& out, std::ostream& err);
+
+namespace {
+
+// The rules, in the order of their ruleIndex: one for each kind of finding, then one for files
+// that cannot be used. Every finding is a warning: the file was read and the library made
+// something else of it (exit 1). A file that cannot be used is an error (exit 2).
+struct Rule {
+    Finding::Type type;
+    const char* name;
+    const char* text;
+};
+// clang-format off
+constexpr Rule kRules[] = {
+    {Finding::Type::Dropped,         "Dropped",         "A member the library never reads: the device ignores it and drops it on store"},
+    {Finding::Type::Changed,         "Changed",         "A value the library reads as another value"},
+    {Finding::Type::NotWrittenBack,  "NotWrittenBack",  "A member the library reads but does not write back: storing the document loses it"},
+    {Finding::Type::Added,           "Added",           "A member the document lacks, which the library reads as its default"},
+    {Finding::Type::DuplicateMember, "DuplicateMember", "A member given twice in one object: the device keeps the last value"},
+    {Finding::Type::TrailingText,    "TrailingText",    "Text after the document, never parsed"},
+    {Finding::Type::Comment,         "Comment",         "A comment, which the device's parser skips"},
+    {Finding::Type::TrailingComma,   "TrailingComma",   "A comma before a closing bracket, which the device's parser skips"},
+    {Finding::Type::AfterNul,        "AfterNul",        "Bytes from a NUL byte on, which the device never loads"},
+    {Finding::Type::NotUtf8,         "NotUtf8",         "A string that is not UTF-8, written back otherwise"},
+};
+// clang-format on
+constexpr int kFindingRules = static_cast<int>(sizeof(kRules) / sizeof(kRules[0]));
+constexpr int kUnusableRule = kFindingRules;
+const char* const kUnusableId = "unusable";
+
+int ruleIndexOf(Finding::Type type) {
+    for (int i = 0; i < kFindingRules; ++i) {
+        if (kRules[i].type == type) {
+            return i;
+        }
+    }
+    return kUnusableRule;
+}
+
+Json::Value ruleJson(const char* id, const char* name, const char* text, const char* level) {
+    Json::Value json(Json::objectValue);
+    json["id"] = id;
+    json["name"] = name;
+    json["shortDescription"]["text"] = text;
+    json["defaultConfiguration"]["level"] = level;
+    return json;
+}
+
+Json::Value rulesJson() {
+    Json::Value rules(Json::arrayValue);
+    for (const Rule& rule : kRules) {
+        rules.append(ruleJson(findingTypeName(rule.type), rule.name, rule.text, "warning"));
+    }
+    rules.append(ruleJson(kUnusableId, "Unusable",
+                          "A file the library cannot load or read as the kind", "error"));
+    return rules;
+}
+
+// A file name as a URI reference: unreserved characters and "/" as they are, every other
+// byte percent-encoded; an absolute name becomes a file: URI.
+std::string uriOf(const std::string& file) {
+    static const char* const kHex = "0123456789ABCDEF";
+    std::string uri = !file.empty() && file[0] == '/' ? "file://" : "";
+    for (char c : file) {
+        const unsigned char byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0 || c == '-' || c == '.' || c == '_' || c == '~' || c == '/') {
+            uri += c;
+        } else {
+            uri += '%';
+            uri += kHex[byte >> 4];
+            uri += kHex[byte & 0xF];
+        }
+    }
+    return uri;
+}
+
+Json::Value locationJson(const std::string& file, int line, int column, const std::string& path,
+                         bool hasPath) {
+    Json::Value location(Json::objectValue);
+    Json::Value& physical = location["physicalLocation"];
+    physical["artifactLocation"]["uri"] = uriOf(file);
+    if (line > 0) {
+        physical["region"]["startLine"] = line;
+        physical["region"]["startColumn"] = column > 0 ? column : 1;
+    }
+    if (hasPath) {
+        Json::Value logical(Json::objectValue);
+        logical["fullyQualifiedName"] = path;
+        logical["kind"] = "member";
+        location["logicalLocations"].append(logical);
+    }
+    return location;
+}
+
+Json::Value resultJson(int ruleIndex, const std::string& message) {
+    Json::Value result(Json::objectValue);
+    const bool unusable = ruleIndex == kUnusableRule;
+    result["ruleId"] = unusable ? kUnusableId : findingTypeName(kRules[ruleIndex].type);
+    result["ruleIndex"] = ruleIndex;
+    result["level"] = unusable ? "error" : "warning";
+    result["message"]["text"] = message;
+    return result;
+}
+
+Json::Value findingResult(const std::string& file, const Kind& kind, const Finding& finding) {
+    const std::string path = pointerText(finding.path);
+    Json::Value result = resultJson(ruleIndexOf(finding.type), findingText(finding));
+    result["locations"].append(locationJson(file, finding.line, finding.column, path, true));
+    Json::Value& properties = result["properties"];
+    properties["kind"] = kind.name;
+    properties["path"] = path;
+    if (finding.type != Finding::Type::Added) {
+        properties["original"] = finding.original;
+    }
+    if (!finding.understood.isNull() || finding.type == Finding::Type::Changed) {
+        properties["understood"] = finding.understood;  // what the device reads
+    }
+    return result;
+}
+
+Json::Value unusableResult(const std::string& file, const Kind& kind, const Outcome& outcome) {
+    Json::Value result = resultJson(kUnusableRule, outcome.problem);
+    const bool hasPath = outcome.problemPlace.found;
+    const std::string path = hasPath ? pointerText(outcome.problemPlace.path) : std::string();
+    result["locations"].append(locationJson(file, outcome.line, outcome.column, path, hasPath));
+    result["properties"]["kind"] = kind.name;
+    if (hasPath) {
+        result["properties"]["path"] = path;
+    }
+    if (outcome.fileMgrCode != 0) {
+        result["properties"]["filemgr-code"] = outcome.fileMgrCode;
+    }
+    return result;
+}
+
+class SarifPrinter : public Printer {
+public:
+    SarifPrinter(std::ostream& out, std::ostream& err)
+        : Printer(out, err), other_(makeJsonPrinter(out, err)) {}
+
+    void checked(const std::string& file, const Kind& kind, const Outcome& outcome) override {
+        libraryLog(outcome.log);
+        checkedAny_ = true;
+        if (outcome.status == Outcome::Status::Unusable) {
+            Printer::problem({file, outcome.line, outcome.column, outcome.problem, 2});
+            results_.append(unusableResult(file, kind, outcome));
+            return;
+        }
+        for (const Finding& finding : outcome.findings) {
+            results_.append(findingResult(file, kind, finding));
+        }
+    }
+
+    void result(const Json::Value& json, const std::string& text) override {
+        other_->result(json, text);
+        hasOther_ = true;
+    }
+
+    void document(const Json::Value& json, const std::string& styled) override {
+        other_->document(json, styled);
+        hasOther_ = true;
+    }
+
+    // A problem of the command itself: a notification of the run, which did not succeed.
+    void problem(const Problem& problem) override {
+        Printer::problem(problem);
+        Json::Value notification(Json::objectValue);
+        notification["level"] = "error";
+        notification["message"]["text"] = problem.message;
+        if (!problem.file.empty()) {
+            notification["locations"].append(
+                locationJson(problem.file, problem.line, problem.column, "", false));
+        }
+        notifications_.append(notification);
+    }
+
+    int finish(int exit) override {
+        if (hasOther_ && !checkedAny_ && notifications_.empty()) {
+            return other_->finish(exit);
+        }
+        Json::Value log(Json::objectValue);
+        log["$schema"] = "https://json.schemastore.org/sarif-2.1.0.json";
+        log["version"] = "2.1.0";
+        Json::Value run(Json::objectValue);
+        run["tool"]["driver"]["name"] = "zelct";
+        run["tool"]["driver"]["rules"] = rulesJson();
+        run["results"] = results_;
+        Json::Value invocation(Json::objectValue);
+        invocation["executionSuccessful"] = notifications_.empty();
+        invocation["exitCode"] = exit;
+        if (!notifications_.empty()) {
+            invocation["toolExecutionNotifications"] = notifications_;
+        }
+        run["invocations"].append(invocation);
+        log["runs"].append(run);
+        out_ << indentedJson(withValidUtf8(log));
+        return Printer::finish(exit);
+    }
+
+private:
+    std::unique_ptr<Printer> other_;  // writes what commands other than check give
+    bool hasOther_ = false;
+    bool checkedAny_ = false;
+    Json::Value results_{Json::arrayValue};
+    Json::Value notifications_{Json::arrayValue};
+};
+
+}  // namespace
+
+std::unique_ptr<Printer> makeSarifPrinter(std::ostream& out, std::ostream& err) {
+    return std::make_unique<SarifPrinter>(out, err);
+}
+
+}  // namespace zelct

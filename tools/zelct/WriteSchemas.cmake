@@ -1,0 +1,27 @@
+# Writes the JSON Schema of every kind that the tool lists into DIR, as `zelct schema KIND`
+# prints it, and removes schemas of kinds the tool no longer has. TOOL is the command line,
+# its words separated by "|" so that an emulator can run a cross-built tool.
+string(REPLACE "|" ";" tool "${TOOL}")
+execute_process(COMMAND ${tool} kinds OUTPUT_VARIABLE listing RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+    message(FATAL_ERROR "zelct kinds: exit ${result}")
+endif()
+file(MAKE_DIRECTORY ${DIR})
+file(GLOB stale ${DIR}/*.schema.json)
+string(REPLACE "\n" ";" lines "${listing}")
+foreach(line ${lines})
+    string(REGEX MATCH "^[a-z0-9-]+" kind "${line}")
+    if(kind STREQUAL "")
+        continue()
+    endif()
+    execute_process(COMMAND ${tool} schema ${kind} OUTPUT_FILE ${DIR}/${kind}.schema.json
+        RESULT_VARIABLE result)
+    if(NOT result EQUAL 0)
+        message(FATAL_ERROR "zelct schema ${kind}: exit ${result}")
+    endif()
+    list(REMOVE_ITEM stale ${DIR}/${kind}.schema.json)
+endforeach()
+if(stale)
+    file(REMOVE ${stale})
+endif()
+file(TOUCH ${STAMP})
