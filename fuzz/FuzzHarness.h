@@ -27,13 +27,18 @@ inline void quietLogger() {
     Logger::setSink([](Logger::logDebugLevel_t, const std::string&) {});
 }
 
-// Parses the bytes with jsoncpp's default reader settings, as FileMgr::loadLocalCfg does.
+// Parses the bytes with jsoncpp's default reader settings, as FileMgr::loadLocalCfg does; like
+// it, a text that makes the parser throw (nesting past its limit) is one that does not parse.
 inline bool parse(const uint8_t* data, size_t size, Json::Value& root) {
     Json::CharReaderBuilder builder;
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     const char* begin = reinterpret_cast<const char*>(data);
     std::string errors;
-    return reader->parse(begin, begin + size, &root, &errors);
+    try {
+        return reader->parse(begin, begin + size, &root, &errors);
+    } catch (const Json::Exception&) {
+        return false;
+    }
 }
 
 // How a target builds a blank object of a class and what else it asks of an object that was
