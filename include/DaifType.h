@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "IJsonSerializable.h"
 #include "zelCommonTypesExport.h"
@@ -96,7 +97,7 @@ public:
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
         struct Accepted {
-            const char* text;
+            std::string_view text;  // compared by length first
             DaifType_en kind;
             bool canonical;  // the stored name becomes the kind's own name
         };
@@ -119,7 +120,7 @@ public:
             {"auto", DAIF_AUTO, false},
         };
         for (const Accepted& a : accepted) {
-            if (lower == a.text) {
+            if (std::string_view(lower) == a.text) {
                 value = a.kind;
                 if (a.canonical) {
                     name = nameOf(a.kind);
