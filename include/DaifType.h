@@ -3,10 +3,34 @@
 #include <json/json.h>
 
 #include <cctype>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "IJsonSerializable.h"
 #include "zelCommonTypesExport.h"
+
+// The descriptors are header-only, so they read through these few helpers in the same way as
+// the record helpers of the library's sources, which no public header can include.
+namespace zelct {
+namespace descriptor {
+
+inline const Json::Value* find(const Json::Value& root, const char* key) {
+    return root.find(key, key + std::strlen(key));
+}
+
+inline int integer(const Json::Value& root, const char* key, int fallback) {
+    const Json::Value* found = find(root, key);
+    return found != nullptr ? found->asInt() : fallback;
+}
+
+inline std::string text(const Json::Value& root, const char* key, const char* fallback) {
+    const Json::Value* found = find(root, key);
+    return found != nullptr ? found->asString() : std::string(fallback);
+}
+
+}  // namespace descriptor
+}  // namespace zelct
 
 // Kind of physical audio/video interface: a number and its name, written as
 // {"type": 3, "string": "madi"}.
@@ -73,7 +97,7 @@ public:
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
         struct Accepted {
-            const char* text;
+            std::string_view text;  // compared by length first
             DaifType_en kind;
             bool canonical;  // the stored name becomes the kind's own name
         };
@@ -96,7 +120,7 @@ public:
             {"auto", DAIF_AUTO, false},
         };
         for (const Accepted& a : accepted) {
-            if (lower == a.text) {
+            if (std::string_view(lower) == a.text) {
                 value = a.kind;
                 if (a.canonical) {
                     name = nameOf(a.kind);
@@ -106,10 +130,27 @@ public:
         }
     }
 
-    void Serialize(Json::Value& root) const override;
-    void Deserialize(Json::Value& root) override;
+    void Serialize(Json::Value& root) const override {
+        root[kNumberKey] = Json::Value(value);
+        root[kNameKey] = Json::Value(name);
+    }
+
+    // A present "string" decides by its text and "type" is not read; an absent, null or empty
+    // "string" (the access adds a null one) lets "type" decide, default 12.
+    void Deserialize(Json::Value& root) override {
+        const Json::Value& given = root[kNameKey];
+        if (given.empty()) {
+            setValueAndName(zelct::descriptor::integer(root, kNumberKey, DAIF_AUTO));
+        } else {
+            name = given.asString();
+        }
+        setNameAndResolve(name);
+    }
 
 private:
+    static constexpr const char* kNumberKey = "type";
+    static constexpr const char* kNameKey = "string";
+
     int value;
     std::string name;
 };
@@ -126,12 +167,22 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override;
+    void Serialize(Json::Value& root) const override {
+        root[kNumberKey] = Json::Value(value);
+        root[kNameKey] = Json::Value(name);
+    }
+
     // A document without "media-type" reads as 3 with an empty name, not as the
     // constructor's 0 "audio".
-    void Deserialize(Json::Value& root) override;
+    void Deserialize(Json::Value& root) override {
+        value = zelct::descriptor::integer(root, kNumberKey, 3);
+        name = zelct::descriptor::text(root, kNameKey, "");
+    }
 
 private:
+    static constexpr const char* kNumberKey = "media-type";
+    static constexpr const char* kNameKey = "string";
+
     int value;
     std::string name;
 };
@@ -147,10 +198,20 @@ public:
     void setValue(int v) { value = v; }
     void setName(const std::string& n) { name = n; }
 
-    void Serialize(Json::Value& root) const override;
-    void Deserialize(Json::Value& root) override;
+    void Serialize(Json::Value& root) const override {
+        root[kNumberKey] = Json::Value(value);
+        root[kNameKey] = Json::Value(name);
+    }
+
+    void Deserialize(Json::Value& root) override {
+        value = zelct::descriptor::integer(root, kNumberKey, 0);
+        name = zelct::descriptor::text(root, kNameKey, "inout");
+    }
 
 private:
+    static constexpr const char* kNumberKey = "capability";
+    static constexpr const char* kNameKey = "string";
+
     int value;
     std::string name;
 };
@@ -189,10 +250,16 @@ public:
         return (kind >= STREAM_AUDIO && kind <= STREAM_TEST) ? names[kind - 1] : "undefined";
     }
 
-    void Serialize(Json::Value& root) const override;
-    void Deserialize(Json::Value& root) override;
+    void Serialize(Json::Value& root) const override {
+        root[kNameKey] = Json::Value(nameOf(value));
+    }
+    void Deserialize(Json::Value& root) override {
+        setName(zelct::descriptor::text(root, kNameKey, ""));
+    }
 
 private:
+    static constexpr const char* kNameKey = "type";
+
     int value;
 };
 
@@ -224,9 +291,15 @@ public:
         return (state >= STATE_DISABLED && state <= STATE_PAUSED) ? names[state] : "Undefined";
     }
 
-    void Serialize(Json::Value& root) const override;
-    void Deserialize(Json::Value& root) override;
+    void Serialize(Json::Value& root) const override {
+        root[kNameKey] = Json::Value(nameOf(value));
+    }
+    void Deserialize(Json::Value& root) override {
+        setName(zelct::descriptor::text(root, kNameKey, ""));
+    }
 
 private:
+    static constexpr const char* kNameKey = "state";
+
     int value;
 };
