@@ -25,11 +25,10 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
 }
 
 // A record's keys, and the object a fresh target starts from: the keys it always writes,
-// each holding null, built once. Its keys are the record's own string literals, held without
-// a copy (Json::StaticString), so copying it allocates no key at all, where the member access
-// allocates a missing key twice and searches the object on every write. A list of another
-// number of keys than the record names does not compile. Only ever read after it is built, so
-// any number of threads may copy it at once.
+// each holding null, built once. Copying it
+// allocates each key once, where the member access allocates a missing key twice and searches
+// the object on every write. A list of another number of keys than the record names does not
+// compile. Only ever read after it is built, so any number of threads may copy it at once.
 template <std::size_t N>
 class Shape {
 public:
@@ -45,7 +44,7 @@ public:
         }
         for (std::size_t i = 0; i < N; ++i) {
             if (std::find(sometimes.begin(), sometimes.end(), i) == sometimes.end()) {
-                start_[Json::StaticString(keys[i])] = Json::Value();
+                start_[keys[i]] = Json::Value();
             }
         }
         walkOrder_ = orderOf(all_);
