@@ -30,6 +30,17 @@ Reading readAs(const Kind& kind, const Json::Value& document);
 // The same on a document of the caller's that may be changed: reading adds null members.
 Reading readInPlace(const Kind& kind, Json::Value& document);
 
+// Whether two readings of a document end alike: same failure, understanding and log.
+bool sameReading(const Reading& a, const Reading& b);
+
+// A value that every reader of the library rejects or reads differently: a conversion of an
+// array to a scalar throws, and so does a member lookup in it.
+Json::Value probeValue();
+
+// Another value of the same JSON type, for readers that only look at whether a node is
+// there; false for null, arrays and objects.
+bool otherValueOfType(const Json::Value& value, Json::Value& other);
+
 // One difference between a document and what the library understood from it.
 struct Finding {
     enum class Type {

@@ -263,44 +263,6 @@ const char* jsonTypeName(const Json::Value& value) {
     }
 }
 
-bool sameReading(const Reading& a, const Reading& b) {
-    return a.failed == b.failed && a.error == b.error && a.understood == b.understood &&
-           a.log == b.log;
-}
-
-// A value every reader rejects or reads differently, as the check engine probes with.
-Json::Value probeValue() {
-    Json::Value probe(Json::arrayValue);
-    probe.append(Json::Value(Json::arrayValue));
-    return probe;
-}
-
-bool otherValueOfType(const Json::Value& value, Json::Value& other) {
-    switch (value.type()) {
-        case Json::stringValue:
-            other = value.asString() + "~";
-            return true;
-        case Json::booleanValue:
-            other = !value.asBool();
-            return true;
-        case Json::intValue:
-            other = value.asLargestInt() == std::numeric_limits<Json::LargestInt>::max()
-                        ? value.asLargestInt() - 1
-                        : value.asLargestInt() + 1;
-            return true;
-        case Json::uintValue:
-            other = value.asLargestUInt() == std::numeric_limits<Json::LargestUInt>::max()
-                        ? value.asLargestUInt() - 1
-                        : value.asLargestUInt() + 1;
-            return true;
-        case Json::realValue:
-            other = value.asDouble() + 1.0;
-            return true;
-        default:
-            return false;
-    }
-}
-
 // Probes one kind's sample document and describes it. Every question is answered by reading
 // a changed copy of the sample into a fresh object of the kind.
 class SchemaBuilder {
