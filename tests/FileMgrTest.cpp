@@ -30,21 +30,6 @@ std::string checkLine(int code) {
     return std::string("ERR::CHK(") + kLoadSignature + ")::55 Error Code " + std::to_string(code);
 }
 
-std::string saveLine(const std::string& path, const std::string& what, int err) {
-    return "ERR::Saving JSON to file '" + path + ":' failed to " + what + " errno='" +
-           std::to_string(err) + "' ('" + std::strerror(err) + "')";
-}
-
-// Every name in the folder, so a test sees a temporary that was left behind.
-std::vector<std::string> namesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 unsigned modeOf(const std::string& path) {
     struct stat info {};
     EXPECT_EQ(::stat(path.c_str(), &info), 0) << path;

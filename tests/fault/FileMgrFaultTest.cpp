@@ -172,20 +172,6 @@ std::vector<std::string> fault(const std::string& call, int nth, const std::stri
             "ZELCT_FAULT_ERRNO=" + error};
 }
 
-std::string saveLine(const std::string& path, const std::string& what, int err) {
-    return "ERR::Saving JSON to file '" + path + ":' failed to " + what + " errno='" +
-           std::to_string(err) + "' ('" + std::strerror(err) + "')";
-}
-
-std::vector<std::string> namesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 // The temporaries of the durable store: ".<8 letters or digits>.tmp".
 bool isTemporary(const std::string& name) {
     return name.size() == 13 && name[0] == '.' && name.compare(9, 4, ".tmp") == 0 &&
