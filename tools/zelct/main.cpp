@@ -11,6 +11,7 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -319,6 +320,22 @@ int commandLineProblem(int argc, char** argv, const std::string& message) {
     return printer->finish(kUnusable);
 }
 
+// --help and --version are results like any other, so that --json gets a JSON document too.
+int helpOrVersion(int argc, char** argv, CommandLine& line, const CLI::Success& success) {
+    std::ostringstream text;
+    const int exit = line.app.exit(success, text, text);
+    Json::Value json(Json::objectValue);
+    if (success.get_name() == "CallForVersion") {
+        json["version"] = ZELCT_VERSION;
+    } else {
+        json["help"] = text.str();
+    }
+    const std::unique_ptr<Printer> printer =
+        makePrinter(requestedFormat(argc, argv), std::cout, std::cerr);
+    printer->result(json, text.str());
+    return printer->finish(exit);
+}
+
 int run(int argc, char** argv) {
     CommandLine line;
     defineCommands(line);
@@ -337,7 +354,7 @@ int run(int argc, char** argv) {
     try {
         line.app.parse(argc, argv);
     } catch (const CLI::Success& e) {
-        return line.app.exit(e);  // --help, --version
+        return helpOrVersion(argc, argv, line, e);
     } catch (const CLI::ParseError& e) {
         if (requestedFormat(argc, argv) == Format::Text) {
             // CLI11's own form, escaped: its messages quote the arguments as typed.
