@@ -202,33 +202,6 @@ std::string patternText(const JsonPath& path) {
     return text;
 }
 
-// The document with the node at the path removed, in place: a member is removed, the last
-// array element is cut off, an element in the middle becomes null so the others keep their
-// index.
-void removeAt(Json::Value& document, const JsonPath& path) {
-    if (path.empty()) {
-        document = Json::Value();
-        return;
-    }
-    const JsonPath parentPath(path.begin(), path.end() - 1);
-    Json::Value* parent = nodeAt(document, parentPath);
-    const PathStep& last = path.back();
-    if (parent == nullptr) {
-        return;
-    }
-    if (!last.isIndex) {
-        if (parent->isObject()) {
-            parent->removeMember(last.key);
-        }
-    } else if (parent->isArray() && last.index < parent->size()) {
-        if (last.index + 1 == parent->size()) {
-            parent->resize(last.index);
-        } else {
-            (*parent)[last.index] = Json::Value();
-        }
-    }
-}
-
 // How a node is changed to see whether the reading notices.
 enum class Perturbation { Probe, Remove, Other };
 

@@ -262,16 +262,19 @@ Json::Value replacedAt(const Json::Value& document, const JsonPath& path,
     return copy;
 }
 
-Json::Value removedAt(const Json::Value& document, const JsonPath& path) {
-    Json::Value copy = document;
+// The document with the node at the path removed, in place: a member is removed, the last
+// array element is cut off, an element in the middle becomes null so the others keep their
+// index.
+void removeAt(Json::Value& document, const JsonPath& path) {
     if (path.empty()) {
-        return Json::Value();
+        document = Json::Value();
+        return;
     }
     const JsonPath parentPath(path.begin(), path.end() - 1);
-    Json::Value* parent = nodeAt(copy, parentPath);
+    Json::Value* parent = nodeAt(document, parentPath);
     const PathStep& last = path.back();
     if (parent == nullptr) {
-        return copy;
+        return;
     }
     if (!last.isIndex) {
         if (parent->isObject()) {
@@ -284,6 +287,11 @@ Json::Value removedAt(const Json::Value& document, const JsonPath& path) {
             (*parent)[last.index] = Json::Value();
         }
     }
+}
+
+Json::Value removedAt(const Json::Value& document, const JsonPath& path) {
+    Json::Value copy = document;
+    removeAt(copy, path);
     return copy;
 }
 

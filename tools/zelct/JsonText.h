@@ -43,8 +43,11 @@ Json::Value* nodeAt(Json::Value& document, const JsonPath& path);
 // A copy of the document with the node at the path replaced by the given value.
 Json::Value replacedAt(const Json::Value& document, const JsonPath& path, const Json::Value& value);
 
-// A copy of the document without the node at the path: a member is removed, the last array
-// element is cut off, an element in the middle becomes null so the others keep their index.
+// Removes the node at the path in place: a member is removed, the last array element is cut
+// off, an element in the middle becomes null so the others keep their index.
+void removeAt(Json::Value& document, const JsonPath& path);
+
+// A copy of the document with the node at the path removed as removeAt does.
 Json::Value removedAt(const Json::Value& document, const JsonPath& path);
 
 }  // namespace zelct
