@@ -29,6 +29,25 @@ constexpr const char* kManyKeys[] = {"k00", "k01", "k02", "k03", "k04", "k05", "
 constexpr const char* kAwkwardKeys[] = {"",         "a",    "ab",       "abc", "a\x7f", "a\x80",
                                         "\xc3\xa9", "\xff", "\xff\xff", "b",   "ba"};
 
+// A record's list of keys, with one key written only at times.
+struct TestKey {
+    enum : std::size_t { always, sometimes, also, count };
+    static constexpr const char* names[] = {"always", "sometimes", "also"};
+    static constexpr std::size_t writtenAtTimes[] = {TestKey::sometimes};
+};
+
+// An element of a list: the number it was read from, -1 for anything else.
+struct Number {
+    int value = -2;
+    void Deserialize(Json::Value& root) { value = root.isInt() ? root.asInt() : -1; }
+};
+
+std::vector<int> readNumbers(Json::Value& array) {
+    std::vector<int> numbers;
+    zelct::readEach(array, Number(), [&numbers](Number&& n) { numbers.push_back(n.value); });
+    return numbers;
+}
+
 }  // namespace
 
 TEST(JsonMember, AShapeOfTwentyKeysWritesEveryOne) {
@@ -151,4 +170,47 @@ TEST(JsonMember, EveryRecordReadsCorrectlyAmongKeysThatStressOrdering) {
         EXPECT_EQ(kind.read(stressed).toStyledString(), expected.toStyledString()) << kind.name;
         EXPECT_EQ(expected.toStyledString(), kind.document.toStyledString()) << kind.name;
     }
+}
+
+TEST(JsonMember, AShapeOfAKeyListIsBuiltOnceFromItsNames) {
+    const zelct::Shape<TestKey::count>& shape = zelct::shapeOf<TestKey>();
+    EXPECT_EQ(&shape, &zelct::shapeOf<TestKey>());
+    EXPECT_STREQ(shape.key(TestKey::also), "also");
+    EXPECT_EQ(shape.start().getMemberNames(), (std::vector<std::string>{"also", "always"}));
+}
+
+TEST(JsonMember, ListElementsAreReadInIndexOrder) {
+    Json::Value array(Json::arrayValue);
+    for (int i = 0; i < 40; ++i) {
+        array.append(i * 3);
+    }
+    std::vector<int> expected;
+    for (int i = 0; i < 40; ++i) {
+        expected.push_back(i * 3);
+    }
+    EXPECT_EQ(readNumbers(array), expected);
+}
+
+// An array with gaps reads each missing index as the member access does: it adds it as null.
+TEST(JsonMember, AnArrayWithGapsReadsEachGapAsAnAddedNull) {
+    Json::Value array(Json::arrayValue);
+    array[1] = 7;
+    array[4] = 9;
+    EXPECT_EQ(readNumbers(array), (std::vector<int>{-1, 7, -1, -1, 9}));
+    Json::Value filled(Json::arrayValue);
+    for (const Json::Value& v :
+         {Json::Value(), Json::Value(7), Json::Value(), Json::Value(), Json::Value(9)}) {
+        filled.append(v);
+    }
+    EXPECT_EQ(array, filled);
+}
+
+TEST(JsonMember, AListReadFromANonArrayIsEmptyOrThrowsAsTheMemberAccess) {
+    Json::Value null;
+    EXPECT_TRUE(readNumbers(null).empty());
+    Json::Value number(5);
+    EXPECT_TRUE(readNumbers(number).empty());
+    Json::Value object(Json::objectValue);
+    object["a"] = 1;
+    EXPECT_THROW(readNumbers(object), Json::LogicError);
 }

@@ -6,13 +6,8 @@
 
 namespace {
 
-struct SeverityRow {
-    AlarmSeverity::AlarmSeverity_en severity;
-    const char* text;
-};
-
 // Indexed by the severity number.
-constexpr SeverityRow kSeverities[] = {
+constexpr zelct::Named<AlarmSeverity::AlarmSeverity_en> kSeverities[] = {
     {AlarmSeverity::SEVERITY_OK, "ok"},
     {AlarmSeverity::SEVERITY_WARNING, "warning"},
     {AlarmSeverity::SEVERITY_ERROR, "error"},
@@ -66,7 +61,7 @@ constexpr const Row& kFallback = kCatalogue[std::size(kCatalogue) - 1];
 
 constexpr bool severitiesAreIndexedByNumber() {
     for (int i = 0; i < kSeverityCount; ++i) {
-        if (kSeverities[i].severity != i) {
+        if (kSeverities[i].value != i) {
             return false;
         }
     }
@@ -121,38 +116,30 @@ namespace {
 
 struct SeverityKey {
     enum : std::size_t { severity, count };
+    static constexpr const char* names[] = {"severity"};
 };
-
-const zelct::Shape<SeverityKey::count>& severityShape() {
-    static const zelct::Shape<SeverityKey::count> shape({"severity"});
-    return shape;
-}
 
 // Written in this order, after the severity, which writes its own key into the alarm's object.
 struct AlarmKey {
     enum : std::size_t { description, type, count };
+    static constexpr const char* names[] = {"description", "type"};
 };
-
-const zelct::Shape<AlarmKey::count>& alarmShape() {
-    static const zelct::Shape<AlarmKey::count> shape({"description", "type"});
-    return shape;
-}
 
 }  // namespace
 
 void AlarmSeverity::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, severityShape());
+    zelct::Writer out(root, zelct::shapeOf<SeverityKey>());
     out[SeverityKey::severity] = Json::Value(nameOf(severity));
 }
 
 // "ok" and every unknown text fall through to ok.
 void AlarmSeverity::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, severityShape());
+    zelct::Reader in(root, zelct::shapeOf<SeverityKey>());
     const std::string text = in.text(SeverityKey::severity, "");
     severity = SEVERITY_OK;
-    for (const SeverityRow& row : kSeverities) {
+    for (const auto& row : kSeverities) {
         if (text == row.text) {
-            severity = row.severity;
+            severity = row.value;
             return;
         }
     }
@@ -210,7 +197,7 @@ const char* Alarm::typeName(AlarmType value) {
 }
 
 void Alarm::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, alarmShape());
+    zelct::Writer out(root, zelct::shapeOf<AlarmKey>());
     severity.Serialize(root);
     out[AlarmKey::description] = Json::Value(description);
     out[AlarmKey::type] = Json::Value(static_cast<int>(type));
@@ -218,7 +205,7 @@ void Alarm::Serialize(Json::Value& root) const {
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
-    zelct::Reader in(root, alarmShape());
+    zelct::Reader in(root, zelct::shapeOf<AlarmKey>());
     description = in.text(AlarmKey::description, "");
     type = static_cast<AlarmType>(in.integer(AlarmKey::type, 0));
 }

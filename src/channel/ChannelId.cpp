@@ -32,17 +32,13 @@ namespace {
 // Written and read in this order.
 struct Key {
     enum : std::size_t { id, type, position, count };
+    static constexpr const char* names[] = {"id", "type", "position"};
 };
-
-const zelct::Shape<Key::count>& channelShape() {
-    static const zelct::Shape<Key::count> shape({"id", "type", "position"});
-    return shape;
-}
 
 }  // namespace
 
 void ChannelId::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, channelShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::id] = Json::Value(id);
     out[Key::type] = Json::Value(type.getName());
     out[Key::position] = Json::Value(static_cast<int>(position));
@@ -55,7 +51,7 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    zelct::Reader in(root, channelShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     id = in.integer(Key::id, -1);
     type.setNameAndResolve(in.text(Key::type, "auto"));
     position = static_cast<unsigned char>(in.uinteger(Key::position, kNoPosition));

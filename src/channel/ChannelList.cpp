@@ -1,6 +1,7 @@
 #include "ChannelList.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "../common/JsonMember.h"
@@ -116,6 +117,6 @@ void ChannelList::Deserialize(Json::Value& root) {
         if (channel.getPosition() == kNoPosition) {
             channel.setPosition(static_cast<unsigned char>(entries.size()));
         }
-        addChannel(channel);
+        entries.push_back(std::move(channel));
     });
 }

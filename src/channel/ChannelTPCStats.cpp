@@ -7,24 +7,20 @@ namespace {
 // Written and read in this order.
 struct Key {
     enum : std::size_t { channelId, errorDetected, errorCnt, count };
+    static constexpr const char* names[] = {"channel-id", "error-detected", "error-cnt"};
 };
-
-const zelct::Shape<Key::count>& statsShape() {
-    static const zelct::Shape<Key::count> shape({"channel-id", "error-detected", "error-cnt"});
-    return shape;
-}
 
 }  // namespace
 
 void ChannelTPCStats::Serialize(Json::Value& root) {
-    zelct::Writer out(root, statsShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::channelId] = Json::Value(static_cast<int>(channelId));
     out[Key::errorDetected] = Json::Value(errorDetected);
     out[Key::errorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
 }
 
 void ChannelTPCStats::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, statsShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     channelId = in.uinteger(Key::channelId, 0);
     errorDetected = in.flag(Key::errorDetected, false);
     errorCount = in.uinteger64(Key::errorCnt, 0);

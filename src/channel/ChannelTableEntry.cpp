@@ -20,19 +20,15 @@ struct Key {
         capabilities,
         count
     };
+    static constexpr const char* names[] = {"id",          "name-input", "name",
+                                            "name-output", "blocked",    "input",
+                                            "output",      "media-type", "capabilities"};
 };
-
-const zelct::Shape<Key::count>& entryShape() {
-    static const zelct::Shape<Key::count> shape({"id", "name-input", "name", "name-output",
-                                                 "blocked", "input", "output", "media-type",
-                                                 "capabilities"});
-    return shape;
-}
 
 }  // namespace
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, entryShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::id] = Json::Value(id);
     out[Key::nameInput] = Json::Value(nameInput.c_str());
     out[Key::name] = Json::Value(nameOutput.c_str());
@@ -45,7 +41,7 @@ void ChannelTableEntry::Serialize(Json::Value& root) const {
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, entryShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     id = in.integer(Key::id, -1);
     nameInput = in.text(Key::nameInput, "");
     nameOutput = in.text(Key::nameOutput, "");
@@ -58,13 +54,8 @@ void ChannelTableEntry::Deserialize(Json::Value& root) {
 
 namespace {
 
-struct UsageText {
-    ChannelInfo::ChannelUsage_en code;
-    const char* text;
-};
-
 // Text of each usage code.
-constexpr UsageText kUsageTexts[] = {
+constexpr zelct::Named<ChannelInfo::ChannelUsage_en> kUsageTexts[] = {
     {ChannelInfo::CHANNEL_USAGE_FREE, "free"},
     {ChannelInfo::CHANNEL_USAGE_USED, "used"},
     {ChannelInfo::CHANNEL_USAGE_BLOCKED, "blocked"},
@@ -72,8 +63,8 @@ constexpr UsageText kUsageTexts[] = {
 
 // A code missing from the table is taken as blocked: any number may be stored.
 const char* usageText(ChannelInfo::ChannelUsage_en code) {
-    for (const UsageText& row : kUsageTexts) {
-        if (row.code == code) {
+    for (const auto& row : kUsageTexts) {
+        if (row.value == code) {
             return row.text;
         }
     }

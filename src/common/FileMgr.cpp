@@ -327,8 +327,9 @@ int FileMgr::loadFileContent(const std::string& path, std::string& content) {
     }
     ::close(fd);
 
-    // The content ends at the first NUL byte of the file.
-    content.assign(buffer.c_str());
+    // The content ends at the first NUL byte of the file; the buffer is handed over, not copied.
+    buffer.resize(std::strlen(buffer.c_str()));
+    content.swap(buffer);
     Logger::log(Logger::logVerbose, "VBS::path '%s' size loaded '%d'", path.c_str(),
                 static_cast<int>(content.size()));
     return kOk;

@@ -1,11 +1,11 @@
 #pragma once
 
 // The one way every record reads and writes its members. A record lists its keys once, in a
-// Shape, in the order it writes them, and names them by their place in that list (an enum
-// beside the list); a Writer and a Reader take its members by those names. Values, results
-// and exceptions are exactly those of the plain member access, Value::get and the
-// conversions: the shape only saves allocations and searches, and every step that cannot use
-// it falls back to them.
+// Key struct: an enum naming each key's place and, beside it, the keys in the order it writes
+// them (see shapeOf). A Writer and a Reader over shapeOf<Key>() take its members by those
+// names. Values, results and exceptions are exactly those of the plain member access,
+// Value::get and the conversions: the shape only saves allocations and searches, and every
+// step that cannot use it falls back to them.
 
 #include <json/json.h>
 
@@ -14,7 +14,9 @@
 #include <cstddef>
 #include <cstring>
 #include <initializer_list>
+#include <iterator>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -25,30 +27,25 @@ inline const Json::Value* findMember(const Json::Value& root, const char* key) {
 }
 
 // A record's keys, and the object a fresh target starts from: the keys it always writes,
-// each holding null, built once. Copying it
-// allocates each key once, where the member access allocates a missing key twice and searches
-// the object on every write. A list of another number of keys than the record names does not
-// compile. Only ever read after it is built, so any number of threads may copy it at once.
+// each holding null, built once. Copying it allocates each key once, where the member access
+// allocates a missing key twice and searches the object on every write. A list of another
+// number of keys than the record names does not compile. Only ever read after it is built, so
+// any number of threads may copy it at once.
 template <std::size_t N>
 class Shape {
 public:
-    // sometimes: the keys written only at times, left out of the starting object.
-    template <std::size_t M>
-    explicit Shape(const char* const (&keys)[M], std::initializer_list<std::size_t> sometimes = {})
-        : start_(Json::objectValue), all_(Json::objectValue) {
+    // sometimes: the places of the keys written only at times, left out of the starting object.
+    template <std::size_t M, typename Sometimes = std::initializer_list<std::size_t>>
+    explicit Shape(const char* const (&keys)[M], const Sometimes& sometimes = {}) {
         static_assert(M == N, "a shape lists exactly one key for each name of the record");
-        for (std::size_t i = 0; i < N; ++i) {
-            keys_[i] = keys[i];
-            lengths_[i] = std::strlen(keys[i]);
-            all_[keys[i]] = Json::Value();
-        }
-        for (std::size_t i = 0; i < N; ++i) {
-            if (std::find(sometimes.begin(), sometimes.end(), i) == sometimes.end()) {
-                start_[keys[i]] = Json::Value();
-            }
-        }
-        walkOrder_ = orderOf(all_);
-        startOrder_ = orderOf(start_);
+        build(keys, std::begin(sometimes), std::end(sometimes));
+    }
+
+    template <std::size_t M>
+    explicit Shape(const std::array<const char*, M>& keys) {
+        static_assert(M == N, "a shape lists exactly one key for each name of the record");
+        const std::size_t* none = nullptr;
+        build(keys.data(), none, none);
     }
 
     const char* key(std::size_t i) const { return keys_[i]; }
@@ -61,6 +58,20 @@ public:
     const Json::Value& start() const { return start_; }
 
 private:
+    void build(const char* const* keys, const std::size_t* sometimes, const std::size_t* end) {
+        Json::Value all(Json::objectValue);
+        for (std::size_t i = 0; i < N; ++i) {
+            keys_[i] = keys[i];
+            lengths_[i] = std::strlen(keys[i]);
+            all[keys[i]] = Json::Value();
+            if (std::find(sometimes, end, i) == end) {
+                start_[keys[i]] = Json::Value();
+            }
+        }
+        walkOrder_ = orderOf(all);
+        startOrder_ = orderOf(start_);
+    }
+
     // Learnt from jsoncpp's own walk rather than assumed.
     std::vector<std::size_t> orderOf(const Json::Value& object) const {
         std::vector<std::size_t> order;
@@ -74,19 +85,39 @@ private:
         return order;
     }
 
-    Json::Value start_;
-    Json::Value all_;
+    Json::Value start_{Json::objectValue};
     std::array<const char*, N> keys_{};
     std::array<std::size_t, N> lengths_{};
     std::vector<std::size_t> walkOrder_;
     std::vector<std::size_t> startOrder_;
 };
 
-// The shape of a table of members, each row naming its key, in the table's order, then the
+template <typename Key, typename = void>
+struct ListsKeysWrittenAtTimes : std::false_type {};
+template <typename Key>
+struct ListsKeysWrittenAtTimes<Key, std::void_t<decltype(Key::writtenAtTimes)>> : std::true_type {};
+
+// The shape of one record's keys, built on first use. Key is the record's list of keys: an
+// enum naming each key's place, ending in count; the keys in that order, as names; and, where
+// some are written only at times, their places, as writtenAtTimes.
+template <typename Key>
+const Shape<Key::count>& shapeOf() {
+    static const Shape<Key::count> shape = [] {
+        if constexpr (ListsKeysWrittenAtTimes<Key>::value) {
+            return Shape<Key::count>(Key::names, Key::writtenAtTimes);
+        } else {
+            return Shape<Key::count>(Key::names);
+        }
+    }();
+    return shape;
+}
+
+// The keys of a table of members, each row naming its key, in the table's order, then the
 // keys the record writes after the table's.
 template <typename Row, std::size_t N, typename... Last>
-Shape<N + sizeof...(Last)> shapeOfRows(const Row (&rows)[N], Last... last) {
-    const char* keys[N + sizeof...(Last)] = {};
+constexpr std::array<const char*, N + sizeof...(Last)> keysOfRows(const Row (&rows)[N],
+                                                                  Last... last) {
+    std::array<const char*, N + sizeof...(Last)> keys{};
     for (std::size_t i = 0; i < N; ++i) {
         keys[i] = rows[i].key;
     }
@@ -94,7 +125,7 @@ Shape<N + sizeof...(Last)> shapeOfRows(const Row (&rows)[N], Last... last) {
     for (std::size_t i = 0; i < sizeof...(Last); ++i) {
         keys[N + i] = after[i];
     }
-    return Shape<N + sizeof...(Last)>(keys);
+    return keys;
 }
 
 // Writes one record's members into root. A null root or an empty object becomes a copy of the
@@ -231,6 +262,13 @@ private:
     std::array<Json::Value*, N> found_{};
 };
 
+// A row of a table of the texts an enum's values are written as.
+template <typename Enum>
+struct Named {
+    Enum value;
+    const char* text;
+};
+
 // What a record writes into an object of its own, for a member that is set whole.
 template <typename Record>
 Json::Value written(const Record& record) {
@@ -261,12 +299,40 @@ void writeListMember(const List& list, Object& object, Key key) {
     }
 }
 
+// The element at index i, as array[i]. An array is walked alongside the indexes rather than
+// searched for each one; an index the walk does not hold (an array with gaps) goes to the
+// member access, which adds it as null. Inserting never moves the walk: a std::map's
+// iterators stay good.
+class ElementWalk {
+public:
+    explicit ElementWalk(Json::Value& array) : array_(array), walk_(array.isArray()) {
+        if (walk_) {
+            next_ = array.begin();
+            last_ = array.end();
+        }
+    }
+
+    Json::Value& at(Json::ArrayIndex i) {
+        if (walk_ && next_ != last_ && next_.index() == i) {
+            return *next_++;
+        }
+        return array_[i];
+    }
+
+private:
+    Json::Value& array_;
+    bool walk_;
+    Json::Value::iterator next_;
+    Json::Value::iterator last_;
+};
+
 // Hands each element, read into a copy of blank, to add, in the array's order.
 template <typename Record, typename Add>
 void readEach(Json::Value& array, const Record& blank, Add add) {
+    ElementWalk elements(array);
     for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
         Record record(blank);
-        record.Deserialize(array[i]);
+        record.Deserialize(elements.at(i));
         add(std::move(record));
     }
 }

@@ -28,19 +28,15 @@ struct Key {
         rxPower,
         count
     };
+    static constexpr const char* names[] = {
+        "present",    "vendor-name", "part-number",    "serial-number", "revision", "connector",
+        "wavelength", "temperature", "supply-voltage", "tx-power",      "rx-power"};
 };
-
-const zelct::Shape<Key::count>& moduleShape() {
-    static const zelct::Shape<Key::count> shape(
-        {"present", "vendor-name", "part-number", "serial-number", "revision", "connector",
-         "wavelength", "temperature", "supply-voltage", "tx-power", "rx-power"});
-    return shape;
-}
 
 }  // namespace
 
 void SfpInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, moduleShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::present] = Json::Value(present);
     out[Key::vendorName] = Json::Value(vendorName);
     out[Key::partNumber] = Json::Value(partNumber);
@@ -55,7 +51,7 @@ void SfpInfo::Serialize(Json::Value& root) const {
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, moduleShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     present = in.flag(Key::present, false);
     vendorName = in.text(Key::vendorName, "");
     partNumber = in.text(Key::partNumber, "");

@@ -42,6 +42,17 @@ std::int32_t asSigned(unsigned int number) {
     return static_cast<std::int32_t>(number);
 }
 
+// Sets out to the option the number names, where the table holds it.
+template <typename Options, typename Option>
+int toOption(const Options& options, unsigned int number, Option& out) {
+    const Option wanted = static_cast<Option>(asSigned(number));
+    if (options.count(wanted) == 0) {
+        return PacketTimeOptions::kErrNotInTable;
+    }
+    out = wanted;
+    return PacketTimeOptions::kOk;
+}
+
 }  // namespace
 
 int PacketTimeOptions::calculatePacketTimeUs(samplesPerPkt_e samplesPerPacket, channelFreq_e freq) {
@@ -114,21 +125,11 @@ int PacketTimeOptions::isValidChannelFreqOption(unsigned int freq) {
 }
 
 int PacketTimeOptions::toSamplesPerPacketEnum(unsigned int samplesPerPacket, samplesPerPkt_e& out) {
-    const samplesPerPkt_e wanted = static_cast<samplesPerPkt_e>(asSigned(samplesPerPacket));
-    if (samplesPerPacketOptions.count(wanted) == 0) {
-        return kErrNotInTable;
-    }
-    out = wanted;
-    return kOk;
+    return toOption(samplesPerPacketOptions, samplesPerPacket, out);
 }
 
 int PacketTimeOptions::toChannelFreqEnum(unsigned int freq, channelFreq_e& out) {
-    const channelFreq_e wanted = static_cast<channelFreq_e>(asSigned(freq));
-    if (channelFreqOptions.count(wanted) == 0) {
-        return kErrNotInTable;
-    }
-    out = wanted;
-    return kOk;
+    return toOption(channelFreqOptions, freq, out);
 }
 
 unsigned int PacketTimeOptions::getLinkOffsetDefault(unsigned int ptime) {

@@ -347,12 +347,10 @@ int VideoFormat::getExactFramerateString(std::string& out) const {
 namespace {
 
 // The record's only key.
-constexpr std::size_t kFormat = 0;
-
-const zelct::Shape<1>& formatShape() {
-    static const zelct::Shape<1> shape({"format"});
-    return shape;
-}
+struct Key {
+    enum : std::size_t { format, count };
+    static constexpr const char* names[] = {"format"};
+};
 
 }  // namespace
 
@@ -360,13 +358,13 @@ void VideoFormat::Serialize(Json::Value& root) const {
     if (format == VIDEO_FORMAT_UNDEFINED) {
         return;
     }
-    zelct::Writer out(root, formatShape());
-    out[kFormat] = Json::Value(toString());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
+    out[Key::format] = Json::Value(toString());
 }
 
 void VideoFormat::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, formatShape());
-    const std::string text = in.text(kFormat, "");
+    zelct::Reader in(root, zelct::shapeOf<Key>());
+    const std::string text = in.text(Key::format, "");
     if (text.empty()) {
         setFormat(VIDEO_FORMAT_UNDEFINED);
         return;

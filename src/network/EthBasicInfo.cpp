@@ -22,34 +22,21 @@ std::string dottedText(std::uint32_t hostOrder) {
 // Written and read in this order.
 struct Key {
     enum : std::size_t { ethName, mac, linkup, ifid, ipv4, networkMask, sfp, count };
+    static constexpr const char* names[] = {"eth-name", "mac",          "linkup", "ifid",
+                                            "ipv4",     "network-mask", "sfp"};
 };
-
-const zelct::Shape<Key::count>& interfaceShape() {
-    static const zelct::Shape<Key::count> shape(
-        {"eth-name", "mac", "linkup", "ifid", "ipv4", "network-mask", "sfp"});
-    return shape;
-}
 
 // The arrays are written only for a count above 0.
 struct BandwidthKey {
     enum : std::size_t { ethCount, cpuBandwidth, linkBandwidth, count };
+    static constexpr const char* names[] = {"ethCount", "cpuBandwidth", "linkBandwidth"};
+    static constexpr std::size_t writtenAtTimes[] = {cpuBandwidth, linkBandwidth};
 };
-
-const zelct::Shape<BandwidthKey::count>& bandwidthInfoShape() {
-    static const zelct::Shape<BandwidthKey::count> shape(
-        {"ethCount", "cpuBandwidth", "linkBandwidth"},
-        {BandwidthKey::cpuBandwidth, BandwidthKey::linkBandwidth});
-    return shape;
-}
 
 struct RateKey {
     enum : std::size_t { rx, tx, count };
+    static constexpr const char* names[] = {"rx_bandwidth_bps", "tx_bandwidth_bps"};
 };
-
-const zelct::Shape<RateKey::count>& bandwidthShape() {
-    static const zelct::Shape<RateKey::count> shape({"rx_bandwidth_bps", "tx_bandwidth_bps"});
-    return shape;
-}
 
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
@@ -66,13 +53,13 @@ void readAddress(zelct::Reader<N>& in, std::size_t key, std::uint32_t& field) {
 }
 
 void writeBandwidth(Json::Value& object, const EthBandwidthInfo::Bandwidth& bandwidth) {
-    zelct::Writer out(object, bandwidthShape());
+    zelct::Writer out(object, zelct::shapeOf<RateKey>());
     out[RateKey::rx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
     out[RateKey::tx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
 }
 
 EthBandwidthInfo::Bandwidth readBandwidth(Json::Value& object) {
-    zelct::Reader in(object, bandwidthShape());
+    zelct::Reader in(object, zelct::shapeOf<RateKey>());
     EthBandwidthInfo::Bandwidth bandwidth{};
     bandwidth.rxBandwidthBps = in.uinteger64(RateKey::rx, 0);
     bandwidth.txBandwidthBps = in.uinteger64(RateKey::tx, 0);
@@ -89,7 +76,7 @@ std::uint32_t clampedCount(std::uint32_t count) {
 EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {}
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, interfaceShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::ethName] = Json::Value(ethName);
     out[Key::mac] = Json::Value(mac);
     out[Key::linkup] = Json::Value(linkup);
@@ -100,7 +87,7 @@ void EthBasicInfo::Serialize(Json::Value& root) const {
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, interfaceShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     ethName = in.text(Key::ethName, "");
     mac = in.text(Key::mac, "");
     linkup = in.flag(Key::linkup, false);
@@ -114,7 +101,7 @@ EthBandwidthInfo::EthBandwidthInfo() : cpuBandwidth(), linkBandwidth(), ethCount
 
 void EthBandwidthInfo::Serialize(Json::Value& root) const {
     const std::uint32_t count = clampedCount(ethCount);
-    zelct::Writer out(root, bandwidthInfoShape());
+    zelct::Writer out(root, zelct::shapeOf<BandwidthKey>());
     out[BandwidthKey::ethCount] = Json::Value(Json::UInt{count});
     for (Json::ArrayIndex i = 0; i < count; ++i) {
         writeBandwidth(out[BandwidthKey::cpuBandwidth][i], cpuBandwidth[i]);
@@ -123,7 +110,7 @@ void EthBandwidthInfo::Serialize(Json::Value& root) const {
 }
 
 void EthBandwidthInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, bandwidthInfoShape());
+    zelct::Reader in(root, zelct::shapeOf<BandwidthKey>());
     ethCount = clampedCount(in.uinteger(BandwidthKey::ethCount, 0));
     for (Json::ArrayIndex i = 0; i < ethCount; ++i) {
         cpuBandwidth[i] = readBandwidth(in.member(BandwidthKey::cpuBandwidth)[i]);

@@ -22,19 +22,15 @@ struct Key {
         state,
         count
     };
+    static constexpr const char* names[] = {
+        "stream",     "stream-hw-id",   "session",        "name", "stream-name",
+        "remote-sid", "remote-sid-str", "redundant-type", "type", "state"};
 };
-
-const zelct::Shape<Key::count>& recordShape() {
-    static const zelct::Shape<Key::count> shape({"stream", "stream-hw-id", "session", "name",
-                                                 "stream-name", "remote-sid", "remote-sid-str",
-                                                 "redundant-type", "type", "state"});
-    return shape;
-}
 
 }  // namespace
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, recordShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::stream] = Json::Value(static_cast<Json::UInt64>(stream));
     out[Key::streamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
     out[Key::session] = Json::Value(static_cast<Json::UInt64>(session));
@@ -49,7 +45,7 @@ void SessionStreamBasics::Serialize(Json::Value& root) const {
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, recordShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     stream = in.uinteger64(Key::stream, 0);
     streamHwId = static_cast<uint32_t>(in.uinteger64(Key::streamHwId, 0));
     session = in.uinteger64(Key::session, 0);

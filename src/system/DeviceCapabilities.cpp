@@ -13,43 +13,29 @@ struct StreamCounts {
 
 struct CountKey {
     enum : std::size_t { audio, video, ancillary, count };
+    static constexpr const char* names[] = {"audio", "video", "ancillary"};
 };
-
-const zelct::Shape<CountKey::count>& countsShape() {
-    static const zelct::Shape<CountKey::count> shape({"audio", "video", "ancillary"});
-    return shape;
-}
 
 struct CapabilityKey {
     enum : std::size_t { numMediaIpInterfaces, senders, receivers, count };
+    static constexpr const char* names[] = {"numMediaIpInterfaces", "sendersStreamCount",
+                                            "receiversStreamCount"};
 };
 
-const zelct::Shape<CapabilityKey::count>& capabilitiesShape() {
-    static const zelct::Shape<CapabilityKey::count> shape(
-        {"numMediaIpInterfaces", "sendersStreamCount", "receiversStreamCount"});
-    return shape;
-}
-
 // The wrapper is the one member the capabilities write into the parent's object.
-constexpr std::size_t kWrapper = 0;
-
-const zelct::Shape<1>& parentShape() {
-    static const zelct::Shape<1> shape({"deviceCapabilities"});
-    return shape;
-}
+struct ParentKey {
+    enum : std::size_t { wrapper, count };
+    static constexpr const char* names[] = {"deviceCapabilities"};
+};
 
 struct ProcessKey {
     enum : std::size_t { ethPort, tpcPort, count };
+    static constexpr const char* names[] = {"eth-port", "tpc-port"};
 };
-
-const zelct::Shape<ProcessKey::count>& processShape() {
-    static const zelct::Shape<ProcessKey::count> shape({"eth-port", "tpc-port"});
-    return shape;
-}
 
 Json::Value countsObject(int audio, int video, int ancillary) {
     Json::Value counts(Json::objectValue);
-    zelct::Writer out(counts, countsShape());
+    zelct::Writer out(counts, zelct::shapeOf<CountKey>());
     out[CountKey::audio] = Json::Value(audio);
     out[CountKey::video] = Json::Value(video);
     out[CountKey::ancillary] = Json::Value(ancillary);
@@ -57,7 +43,7 @@ Json::Value countsObject(int audio, int video, int ancillary) {
 }
 
 void readCounts(Json::Value& counts, const StreamCounts& into) {
-    zelct::Reader in(counts, countsShape());
+    zelct::Reader in(counts, zelct::shapeOf<CountKey>());
     into.audio = in.integer(CountKey::audio, 0);
     into.video = in.integer(CountKey::video, 0);
     into.ancillary = in.integer(CountKey::ancillary, 0);
@@ -77,23 +63,23 @@ DeviceCapabilities::DeviceCapabilities()
 // The wrapper is set whole: members an existing "deviceCapabilities" held go.
 void DeviceCapabilities::Serialize(Json::Value& root) const {
     Json::Value capabilities(Json::objectValue);
-    zelct::Writer out(capabilities, capabilitiesShape());
+    zelct::Writer out(capabilities, zelct::shapeOf<CapabilityKey>());
     out[CapabilityKey::numMediaIpInterfaces] = Json::Value(numMediaIpInterfaces);
     out[CapabilityKey::senders] = countsObject(sendersAudio, sendersVideo, sendersAncillary);
     out[CapabilityKey::receivers] =
         countsObject(receiversAudio, receiversVideo, receiversAncillary);
-    zelct::Writer parent(root, parentShape());
-    parent[kWrapper] = std::move(capabilities);
+    zelct::Writer parent(root, zelct::shapeOf<ParentKey>());
+    parent[ParentKey::wrapper] = std::move(capabilities);
 }
 
 // An absent sender or receiver object keeps the counts a caller already holds, while an
 // absent interface number reads as 0; callers rely on both.
 void DeviceCapabilities::Deserialize(Json::Value& root) {
-    zelct::Reader parent(root, parentShape());
-    if (!parent.has(kWrapper)) {
+    zelct::Reader parent(root, zelct::shapeOf<ParentKey>());
+    if (!parent.has(ParentKey::wrapper)) {
         return;
     }
-    zelct::Reader in(parent.member(kWrapper), capabilitiesShape());
+    zelct::Reader in(parent.member(ParentKey::wrapper), zelct::shapeOf<CapabilityKey>());
     numMediaIpInterfaces = in.integer(CapabilityKey::numMediaIpInterfaces, 0);
     if (in.has(CapabilityKey::senders)) {
         readCounts(in.member(CapabilityKey::senders),
@@ -109,13 +95,13 @@ void DeviceCapabilities::Deserialize(Json::Value& root) {
 ProcessBasicInfo::ProcessBasicInfo() : tpcPort(0) {}
 
 void ProcessBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, processShape());
+    zelct::Writer out(root, zelct::shapeOf<ProcessKey>());
     out[ProcessKey::ethPort] = Json::Value(ethPort);
     out[ProcessKey::tpcPort] = Json::Value(Json::UInt{tpcPort});
 }
 
 void ProcessBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, processShape());
+    zelct::Reader in(root, zelct::shapeOf<ProcessKey>());
     ethPort = in.text(ProcessKey::ethPort, "");
     tpcPort = in.uinteger(ProcessKey::tpcPort, 0);
 }

@@ -29,16 +29,13 @@ struct Key {
         errors,
         count
     };
+    static constexpr const char* names[] = {
+        "fw-version",  "fw-date",        "product",       "bitstream",
+        "chipid-name", "chipid-version", "serial-number", "madi-lock",
+        "eth",         "rtsp",           "advertisement", "temperature",
+        "fan-speed",   "cpu-loadavg",    "product-info",  "errors"};
+    static constexpr std::size_t writtenAtTimes[] = {eth, productInfo, errors};
 };
-
-const zelct::Shape<Key::count>& boardShape() {
-    static const zelct::Shape<Key::count> shape(
-        {"fw-version", "fw-date", "product", "bitstream", "chipid-name", "chipid-version",
-         "serial-number", "madi-lock", "eth", "rtsp", "advertisement", "temperature", "fan-speed",
-         "cpu-loadavg", "product-info", "errors"},
-        {Key::eth, Key::productInfo, Key::errors});
-    return shape;
-}
 
 }  // namespace
 
@@ -46,7 +43,7 @@ SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 
 // The member records are set whole; the lists are written element by element.
 void SystemBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, boardShape());
+    zelct::Writer out(root, zelct::shapeOf<Key>());
     out[Key::fwVersion] = Json::Value(fwVersion);
     out[Key::fwDate] = Json::Value(fwDate);
     out[Key::product] = Json::Value(product);
@@ -72,7 +69,7 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // "NA", and "product-info" is read whatever the product, so a board other than "TARVIK"
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, boardShape());
+    zelct::Reader in(root, zelct::shapeOf<Key>());
     fwVersion = in.text(Key::fwVersion, "");
     fwDate = in.text(Key::fwDate, "");
     product = in.text(Key::product, "");

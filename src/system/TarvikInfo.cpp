@@ -81,70 +81,61 @@ void readFields(Record& record, const Member<Record, double> (&fields)[N], zelct
     }
 }
 
-// The shapes of the records of one member, and their only key.
-constexpr std::size_t kOnly = 0;
+struct TemperatureKey {
+    enum : std::size_t { fpga, count };
+    static constexpr const char* names[] = {"fpga"};
+};
 
-const zelct::Shape<1>& temperatureShape() {
-    static const zelct::Shape<1> shape({"fpga"});
-    return shape;
-}
+struct FanKey {
+    enum : std::size_t { main, count };
+    static constexpr const char* names[] = {"main"};
+};
 
-const zelct::Shape<1>& fanShape() {
-    static const zelct::Shape<1> shape({"main"});
-    return shape;
-}
+// The keys of the tables' records: row i is key i.
+struct DaughterBoardKey {
+    enum : std::size_t { count = std::size(kDaughterBoardFields) };
+    static constexpr auto names = zelct::keysOfRows(kDaughterBoardFields);
+};
 
-constexpr std::size_t kBoardFields = std::size(kTarvikFields);
-constexpr std::size_t kDaughterCard = kBoardFields;
+struct TarvikKey {
+    enum : std::size_t { daughterCard = std::size(kTarvikFields), count };
+    static constexpr auto names = zelct::keysOfRows(kTarvikFields, "daughter-card");
+};
 
-const zelct::Shape<std::size(kDaughterBoardFields)>& daughterBoardShape() {
-    static const auto shape = zelct::shapeOfRows(kDaughterBoardFields);
-    return shape;
-}
-
-const zelct::Shape<kBoardFields + 1>& tarvikShape() {
-    static const auto shape = zelct::shapeOfRows(kTarvikFields, "daughter-card");
-    return shape;
-}
-
-const zelct::Shape<std::size(kLoadAverageFields)>& loadAverageShape() {
-    static const auto shape = zelct::shapeOfRows(kLoadAverageFields);
-    return shape;
-}
+struct LoadAverageKey {
+    enum : std::size_t { count = std::size(kLoadAverageFields) };
+    static constexpr auto names = zelct::keysOfRows(kLoadAverageFields);
+};
 
 struct ErrorKey {
     enum : std::size_t { code, description, count };
+    static constexpr const char* names[] = {"code", "description"};
 };
-
-const zelct::Shape<ErrorKey::count>& errorShape() {
-    static const zelct::Shape<ErrorKey::count> shape({"code", "description"});
-    return shape;
-}
 
 }  // namespace
 
 SystemTemperature::SystemTemperature() : fpga(kUnknownTemperature) {}
 
 void SystemTemperature::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, temperatureShape());
-    out[kOnly] = Json::Value(fpga);
+    zelct::Writer out(root, zelct::shapeOf<TemperatureKey>());
+    out[TemperatureKey::fpga] = Json::Value(fpga);
 }
 
 void SystemTemperature::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, temperatureShape());
-    fpga = in.integer(kOnly, kUnknownTemperature);
+    zelct::Reader in(root, zelct::shapeOf<TemperatureKey>());
+    fpga = in.integer(TemperatureKey::fpga, kUnknownTemperature);
 }
 
 FanSpeed::FanSpeed() : main(kUnknown) {}
 
 void FanSpeed::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, fanShape());
-    out[kOnly] = Json::Value(main);
+    zelct::Writer out(root, zelct::shapeOf<FanKey>());
+    out[FanKey::main] = Json::Value(main);
 }
 
 void FanSpeed::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, fanShape());
-    main = in.integer(kOnly, kUnknown);
+    zelct::Reader in(root, zelct::shapeOf<FanKey>());
+    main = in.integer(FanKey::main, kUnknown);
 }
 
 DaughterBoard::DaughterBoard() : IJsonSerializable() {
@@ -152,12 +143,12 @@ DaughterBoard::DaughterBoard() : IJsonSerializable() {
 }
 
 void DaughterBoard::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, daughterBoardShape());
+    zelct::Writer out(root, zelct::shapeOf<DaughterBoardKey>());
     writeFields(*this, kDaughterBoardFields, out);
 }
 
 void DaughterBoard::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, daughterBoardShape());
+    zelct::Reader in(root, zelct::shapeOf<DaughterBoardKey>());
     readFields(*this, kDaughterBoardFields, in);
 }
 
@@ -166,15 +157,15 @@ TarvikInfo::TarvikInfo() : IJsonSerializable() {
 }
 
 void TarvikInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, tarvikShape());
+    zelct::Writer out(root, zelct::shapeOf<TarvikKey>());
     writeFields(*this, kTarvikFields, out);
-    out[kDaughterCard] = zelct::written(daughterCard);
+    out[TarvikKey::daughterCard] = zelct::written(daughterCard);
 }
 
 void TarvikInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, tarvikShape());
+    zelct::Reader in(root, zelct::shapeOf<TarvikKey>());
     readFields(*this, kTarvikFields, in);
-    daughterCard.Deserialize(in.member(kDaughterCard));
+    daughterCard.Deserialize(in.member(TarvikKey::daughterCard));
 }
 
 CpuLoadAverage::CpuLoadAverage() : IJsonSerializable() {
@@ -182,25 +173,25 @@ CpuLoadAverage::CpuLoadAverage() : IJsonSerializable() {
 }
 
 void CpuLoadAverage::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, loadAverageShape());
+    zelct::Writer out(root, zelct::shapeOf<LoadAverageKey>());
     writeFields(*this, kLoadAverageFields, out);
 }
 
 void CpuLoadAverage::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, loadAverageShape());
+    zelct::Reader in(root, zelct::shapeOf<LoadAverageKey>());
     readFields(*this, kLoadAverageFields, in);
 }
 
 SystemError::SystemError() : code(kUnknown) {}
 
 void SystemError::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, errorShape());
+    zelct::Writer out(root, zelct::shapeOf<ErrorKey>());
     out[ErrorKey::code] = Json::Value(code);
     out[ErrorKey::description] = Json::Value(description);
 }
 
 void SystemError::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, errorShape());
+    zelct::Reader in(root, zelct::shapeOf<ErrorKey>());
     code = in.integer(ErrorKey::code, kUnknown);
     description = in.text(ErrorKey::description, "");
 }
