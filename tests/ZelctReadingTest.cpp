@@ -316,6 +316,27 @@ TEST_F(ZelctReadingTest, ReadingTrapsComeBeforeTheDifferencesInTextOrder) {
 
 // ---- files that cannot be parsed ----
 
+TEST_F(ZelctReadingTest, AParseErrorQuotesTheParsersWholeMessage) {
+    const Outcome outcome = checkText("{\n  \"present\" : true,\n  ]\n}\n");
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem,
+              "not valid JSON: Missing '}' or object member name (FileMgr code -13)");
+    EXPECT_EQ(outcome.line, 3);
+    EXPECT_EQ(outcome.column, 3);
+}
+
+// A document whole on disk fails when a NUL cuts it: the device parses only what comes before.
+TEST_F(ZelctReadingTest, AParseErrorAfterANulByteSaysWhereTheDeviceStoppedReading) {
+    const Outcome outcome =
+        checkText(std::string("{\"present\" : true,\n\0 \"wavelength\" : 1}\n", 39));
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem,
+              "not valid JSON: Missing '}' or object member name; the device loads the file "
+              "only up to the NUL byte at 2:1 (FileMgr code -13)");
+    EXPECT_EQ(outcome.line, 2);
+    EXPECT_EQ(outcome.column, 1);
+}
+
 TEST_F(ZelctReadingTest, NestingPastTheParsersLimitIsUnusableWithItsPosition) {
     const std::string deep = "{\"a\": " + std::string(2000, '[') + std::string(2000, ']') + "}";
     EXPECT_EQ(nestingPastLimit(deep, 1000), 6u + 999u);

@@ -674,10 +674,12 @@ std::string loadFailureCause(const std::string& path) {
     return cause;
 }
 
-// A parse failure quotes jsoncpp's first message, as FileMgr logged it: "* Line 2, Column
-// 14\n  Syntax error: ..." (the position is the outcome's own), or a bare text such as
-// "Exceeded stackLimit in readValue()." for nesting past the parser's limit.
-void describeParseError(Outcome& failure) {
+// A parse failure quotes jsoncpp's first message, as FileMgr logged it between quotes: "* Line
+// 2, Column 14\n  Syntax error: ..." (the position is the outcome's own), or a bare text such
+// as "Exceeded stackLimit in readValue()." for nesting past the parser's limit. The message
+// may hold quotes of its own ("Missing '}' or object member name"). A file with a NUL byte
+// is parsed only up to it, which is why a document whole on disk can fail: that is said too.
+void describeParseError(Outcome& failure, const SourceText* source) {
     static const std::string logged = "ERR::Error: '";
     static const std::string placed = "* Line ";
     static const std::string indent = "\n  ";
@@ -693,9 +695,17 @@ void describeParseError(Outcome& failure) {
             }
             message = message.substr(start + indent.size());
         }
-        message = message.substr(0, message.find_first_of("\n'"));
-        failure.problem = "not valid JSON: " + message + " (FileMgr code " +
-                          std::to_string(failure.fileMgrCode) + ")";
+        if (!message.empty() && message.back() == '\'') {
+            message.pop_back();
+        }
+        message = message.substr(0, message.find('\n'));
+        failure.problem = "not valid JSON: " + message;
+        if (source != nullptr && source->deviceLength < source->bytes.size()) {
+            const Position nul = source->lines.at(source->deviceLength);
+            failure.problem += "; the device loads the file only up to the NUL byte at " +
+                               std::to_string(nul.line) + ":" + std::to_string(nul.column);
+        }
+        failure.problem += " (FileMgr code " + std::to_string(failure.fileMgrCode) + ")";
         return;
     }
 }
@@ -1255,7 +1265,7 @@ bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
     }
     failure.log = recorder.take();
     if (code == FileMgr::kErrParse) {
-        describeParseError(failure);
+        describeParseError(failure, source.get());
     }
     return false;
 }
