@@ -286,6 +286,34 @@ TEST_F(ZelctReadingTest, EscapedLoneSurrogateIsNotUtf8AndWrittenBackAsAReplaceme
     EXPECT_EQ(outcome.findings[0].column, 18);
 }
 
+// jsoncpp takes a control character as it stands inside a string; its writer escapes it.
+TEST_F(ZelctReadingTest, AControlCharacterInAStringIsWrittenBackEscaped) {
+    const Outcome outcome = checkText(replaced(kCleanSfp, "\"FS\"", "\"F\tS\x01\""));
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    const Finding& finding = outcome.findings[0];
+    EXPECT_EQ(finding.type, Finding::Type::ControlInString);
+    EXPECT_EQ(finding.original, "F\tS\x01");
+    EXPECT_EQ(finding.understood, "\"F\\tS\\u0001\"");
+    EXPECT_EQ(finding.line, 11);
+    EXPECT_EQ(finding.column, 20);  // the tab, not the string
+    EXPECT_EQ(findingText(finding),
+              "/vendor-name: control character unescaped in a string, which strict JSON forbids; "
+              "the device keeps it and writes it back escaped, as \"F\\tS\\u0001\"");
+}
+
+TEST_F(ZelctReadingTest, ControlCharactersAreTrapsInNamesAndOnlyWhenUnescaped) {
+    EXPECT_TRUE(trapsOf("{\"a\\tb\": \"c\\n\\u0001\"}").empty());
+    const std::vector<ReadingTrap> traps = trapsOf("{\"a\nb\": \"\xFF\tc\"}");
+    ASSERT_EQ(traps.size(), 3u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::ControlInString);
+    EXPECT_EQ(traps[0].offset, 3u);
+    EXPECT_EQ(pointerText(traps[0].path), "/a\nb");
+    EXPECT_EQ(traps[1].type, ReadingTrap::Type::NotUtf8);
+    EXPECT_EQ(traps[1].offset, 8u);
+    EXPECT_EQ(traps[2].type, ReadingTrap::Type::ControlInString);
+    EXPECT_EQ(traps[2].offset, 10u);
+}
+
 TEST_F(ZelctReadingTest, Utf8ValidityFollowsTheStandard) {
     const auto valid = [](const std::string& bytes) {
         return isValidUtf8(bytes.data(), bytes.data() + bytes.size());

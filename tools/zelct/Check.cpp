@@ -762,7 +762,9 @@ Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
             finding.original = Json::Value(static_cast<Json::LargestUInt>(trap.count));
             break;
         case ReadingTrap::Type::NotUtf8:
-            finding.type = Finding::Type::NotUtf8;
+        case ReadingTrap::Type::ControlInString:
+            finding.type = trap.type == ReadingTrap::Type::NotUtf8 ? Finding::Type::NotUtf8
+                                                                   : Finding::Type::ControlInString;
             finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
             finding.understood = writtenBack(finding.original);
             break;
@@ -1043,6 +1045,8 @@ const char* findingTypeName(Finding::Type type) {
             return "after-nul";
         case Finding::Type::NotUtf8:
             return "not-utf8";
+        case Finding::Type::ControlInString:
+            return "control-in-string";
     }
     return "";
 }
@@ -1075,6 +1079,10 @@ std::string findingText(const Finding& finding) {
         case Finding::Type::NotUtf8:
             return where + "text not valid UTF-8; the device keeps its bytes and writes it back " +
                    "as " + finding.understood.asString();
+        case Finding::Type::ControlInString:
+            return where + "control character unescaped in a string, which strict JSON " +
+                   "forbids; the device keeps it and writes it back escaped, as " +
+                   finding.understood.asString();
     }
     return where;
 }

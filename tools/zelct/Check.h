@@ -55,18 +55,20 @@ struct Finding {
         TrailingComma,    // a comma before } or ], skipped
         AfterNul,         // the file's bytes from a NUL byte on, never loaded
         NotUtf8,          // a string that is not UTF-8, written back otherwise
+        ControlInString,  // a control character unescaped in a string, written back escaped
     };
     Type type;
     JsonPath path;
     Json::Value original;    // null for Added; the ignored value of a duplicated member
     Json::Value understood;  // null for Dropped and NotWrittenBack; the kept value of a
-                             // duplicated member; the text written back for a NotUtf8 string
+                             // duplicated member; the text written back for a NotUtf8 or
+                             // ControlInString string
     int line = 0;            // where it is in the file (an added member: its object); 0 when
     int column = 0;          // the document has no file
 };
 
 // "dropped", "changed", "not-written-back", "added", "duplicate-member", "trailing-text",
-// "comment", "trailing-comma", "after-nul" or "not-utf8".
+// "comment", "trailing-comma", "after-nul", "not-utf8" or "control-in-string".
 const char* findingTypeName(Finding::Type type);
 
 // The finding as one line: "/0/channels/3/name: dropped (never read)". Values are compact

@@ -252,21 +252,32 @@ private:
             top.afterComma = false;
             top.current = Member{pos, 0, 0};
             path_.back() = PathStep::member(top.key);
-            if (!valid) {
-                notUtf8(pos, end, path_);
-            }
+            stringTraps(pos, end, valid);
             return end;
         }
         beginValue(pos);
-        if (!valid) {
-            notUtf8(pos, end, path_);
-        }
+        stringTraps(pos, end, valid);
         endValue(end);
         return end;
     }
 
-    void notUtf8(size_t pos, size_t end, const JsonPath& path) {
-        ReadingTrap trap = trapAt(ReadingTrap::Type::NotUtf8, pos, path);
+    // In the order of their offsets: the string's start, then its first control character.
+    void stringTraps(size_t pos, size_t end, bool valid) {
+        if (!valid) {
+            stringTrap(ReadingTrap::Type::NotUtf8, pos, pos, end);
+        }
+        const auto control =
+            std::find_if(text_.begin() + static_cast<std::ptrdiff_t>(pos) + 1,
+                         text_.begin() + static_cast<std::ptrdiff_t>(end) - 1,
+                         [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+        if (control != text_.begin() + static_cast<std::ptrdiff_t>(end) - 1) {
+            stringTrap(ReadingTrap::Type::ControlInString,
+                       static_cast<size_t>(control - text_.begin()), pos, end);
+        }
+    }
+
+    void stringTrap(ReadingTrap::Type type, size_t offset, size_t pos, size_t end) {
+        ReadingTrap trap = trapAt(type, offset, path_);
         trap.valueStart = pos;
         trap.valueEnd = end;
         traps_.push_back(std::move(trap));

@@ -18,13 +18,15 @@ struct ReadingTrap {
         TrailingComma,    // a comma before } or ]
         AfterNul,         // a NUL byte, and the bytes after it
         NotUtf8,          // a string (a value or a member name) that is not valid UTF-8
+        ControlInString,  // a control character (below U+0020) standing unescaped in a string
     };
     Type type = Type::Comment;
     size_t offset = 0;  // where it starts in the file
     JsonPath path;      // the member, the string, or the container the text stands in
     // DuplicateMember: where the ignored value starts and ends, and where the kept
-    // occurrence's name starts. NotUtf8: the string with its quotes. AfterNul: the number of
-    // bytes from the NUL to the end of the file.
+    // occurrence's name starts. NotUtf8 and ControlInString: the string with its quotes
+    // (ControlInString's offset is the first such character). AfterNul: the number of bytes
+    // from the NUL to the end of the file.
     size_t valueStart = 0;
     size_t valueEnd = 0;
     size_t keptOffset = 0;

@@ -34,6 +34,7 @@ constexpr Rule kRules[] = {
     {Finding::Type::TrailingComma,   "TrailingComma",   "A comma before a closing bracket, which the device's parser skips"},
     {Finding::Type::AfterNul,        "AfterNul",        "Bytes from a NUL byte on, which the device never loads"},
     {Finding::Type::NotUtf8,         "NotUtf8",         "A string that is not UTF-8, written back otherwise"},
+    {Finding::Type::ControlInString, "ControlInString", "A control character unescaped in a string, which strict JSON forbids and the device writes back escaped"},
 };
 // clang-format on
 constexpr int kFindingRules = static_cast<int>(sizeof(kRules) / sizeof(kRules[0]));
