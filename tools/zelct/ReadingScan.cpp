@@ -266,13 +266,14 @@ private:
         if (!valid) {
             stringTrap(ReadingTrap::Type::NotUtf8, pos, pos, end);
         }
-        const auto control =
-            std::find_if(text_.begin() + static_cast<std::ptrdiff_t>(pos) + 1,
-                         text_.begin() + static_cast<std::ptrdiff_t>(end) - 1,
-                         [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-        if (control != text_.begin() + static_cast<std::ptrdiff_t>(end) - 1) {
+        // Between the quotes; a string cut short by the end of the text has no closing one.
+        const char* first = text_.data() + pos + 1;
+        const char* last = std::max(first, text_.data() + end - (text_[end - 1] == '"' ? 1 : 0));
+        const char* control =
+            std::find_if(first, last, [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+        if (control != last) {
             stringTrap(ReadingTrap::Type::ControlInString,
-                       static_cast<size_t>(control - text_.begin()), pos, end);
+                       static_cast<size_t>(control - text_.data()), pos, end);
         }
     }
 
