@@ -300,9 +300,9 @@ void writeListMember(const List& list, Object& object, Key key) {
 }
 
 // The element at index i, as array[i]. An array is walked alongside the indexes rather than
-// searched for each one; an index the walk does not hold (an array with gaps) goes to the
-// member access, which adds it as null. Inserting never moves the walk: a std::map's
-// iterators stay good.
+// searched for each one. An index the walk does not hold (an array with gaps) goes to the
+// member access, which adds it as null, and so do all after it: the walk is not trusted past
+// an insertion.
 class ElementWalk {
 public:
     explicit ElementWalk(Json::Value& array) : array_(array), walk_(array.isArray()) {
@@ -316,6 +316,7 @@ public:
         if (walk_ && next_ != last_ && next_.index() == i) {
             return *next_++;
         }
+        walk_ = false;
         return array_[i];
     }
 
