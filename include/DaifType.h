@@ -3,7 +3,9 @@
 #include <json/json.h>
 
 #include <cctype>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -96,30 +98,7 @@ public:
         for (char& c : lower) {
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         }
-        struct Accepted {
-            std::string_view text;  // compared by length first
-            DaifType_en kind;
-            bool canonical;  // the stored name becomes the kind's own name
-        };
-        // Tried in this order, first match wins.
-        static const Accepted accepted[] = {
-            {"i32s", DAIF_TDM, true},
-            {"tdm", DAIF_TDM, true},
-            {"i2s", DAIF_I2S, false},
-            {"tpi", DAIF_TPI, false},
-            {"madi", DAIF_MADI, true},
-            {"aes10", DAIF_MADI, true},
-            {"aes3", DAIF_AES3, false},
-            {"sdi-audio", DAIF_SDI_AUDIO, false},
-            {"sdi-video", DAIF_SDI_VIDEO, false},
-            {"sdi-ancillary", DAIF_SDI_ANCILLARY, false},
-            {"hdmi-audio", DAIF_HDMI_AUDIO, false},
-            {"hdmi-video", DAIF_HDMI_VIDEO, false},
-            {"hdmi-ancillary", DAIF_HDMI_ANCILLARY, false},
-            {"analog-audio", DAIF_ANALOG_AUDIO, false},
-            {"auto", DAIF_AUTO, false},
-        };
-        for (const Accepted& a : accepted) {
+        for (const Accepted& a : kAccepted) {
             if (std::string_view(lower) == a.text) {
                 value = a.kind;
                 if (a.canonical) {
@@ -128,6 +107,12 @@ public:
                 return;
             }
         }
+    }
+
+    // The i-th spelling setNameAndResolve knows, lower-case, in the order it tries them;
+    // null past the last. Tools that describe documents list the accepted names from here.
+    static const char* acceptedName(std::size_t i) {
+        return i < std::size(kAccepted) ? kAccepted[i].text.data() : nullptr;
     }
 
     void Serialize(Json::Value& root) const override {
@@ -148,6 +133,31 @@ public:
     }
 
 private:
+    struct Accepted {
+        std::string_view text;  // compared by length first
+        DaifType_en kind;
+        bool canonical;  // the stored name becomes the kind's own name
+    };
+
+    // Tried in this order, first match wins.
+    static constexpr Accepted kAccepted[] = {
+        {"i32s", DAIF_TDM, true},
+        {"tdm", DAIF_TDM, true},
+        {"i2s", DAIF_I2S, false},
+        {"tpi", DAIF_TPI, false},
+        {"madi", DAIF_MADI, true},
+        {"aes10", DAIF_MADI, true},
+        {"aes3", DAIF_AES3, false},
+        {"sdi-audio", DAIF_SDI_AUDIO, false},
+        {"sdi-video", DAIF_SDI_VIDEO, false},
+        {"sdi-ancillary", DAIF_SDI_ANCILLARY, false},
+        {"hdmi-audio", DAIF_HDMI_AUDIO, false},
+        {"hdmi-video", DAIF_HDMI_VIDEO, false},
+        {"hdmi-ancillary", DAIF_HDMI_ANCILLARY, false},
+        {"analog-audio", DAIF_ANALOG_AUDIO, false},
+        {"auto", DAIF_AUTO, false},
+    };
+
     static constexpr const char* kNumberKey = "type";
     static constexpr const char* kNameKey = "string";
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "FileUtil.h"
 
@@ -107,6 +110,29 @@ TEST(DaifType, AliasesAreReplacedByTheCanonicalName) {
         DaifType t = readType(alias);
         EXPECT_EQ(t.getValue(), 3);
         EXPECT_EQ(t.getName(), "madi");
+    }
+}
+
+// The list a tool reads the accepted spellings from is the one the reader tries.
+TEST(DaifType, AcceptedNamesAreEveryKindsNameAndTheTwoAliases) {
+    std::vector<std::string> accepted;
+    for (std::size_t i = 0; DaifType::acceptedName(i) != nullptr; ++i) {
+        accepted.emplace_back(DaifType::acceptedName(i));
+    }
+    EXPECT_EQ(accepted,
+              (std::vector<std::string>{"i32s", "tdm", "i2s", "tpi", "madi", "aes10", "aes3",
+                                        "sdi-audio", "sdi-video", "sdi-ancillary", "hdmi-audio",
+                                        "hdmi-video", "hdmi-ancillary", "analog-audio", "auto"}));
+    for (int kind = DaifType::DAIF_TDM; kind <= DaifType::DAIF_AUTO; ++kind) {
+        EXPECT_NE(std::find(accepted.begin(), accepted.end(), DaifType::nameOf(kind)),
+                  accepted.end())
+            << kind;
+    }
+    for (const std::string& name : accepted) {
+        DaifType t;
+        t.setValue(99);
+        t.setNameAndResolve(name);
+        EXPECT_NE(t.getValue(), 99) << name;
     }
 }
 

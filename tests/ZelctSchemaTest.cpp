@@ -102,12 +102,21 @@ TEST(ZelctSchema, AlarmSeveritiesAreTheFourNames) {
               (std::vector<std::string>{"ok", "warning", "error", "critical"}));
 }
 
-TEST(ZelctSchema, InterfaceKindsRewrittenInUpperCaseAreRefused) {
+TEST(ZelctSchema, InterfaceKindsRewrittenInAnyCaseAreRefused) {
     // A known kind in another case keeps its spelling, except those the reader replaces by
-    // their own name.
+    // their own name, in every case but that name, and the aliases it replaces in every case.
     const Json::Value& type = schemaFor("channel-id")["properties"]["type"];
     EXPECT_EQ(type["type"].asString(), "string");
-    EXPECT_EQ(texts(type["not"]["enum"]), (std::vector<std::string>{"TDM", "MADI"}));
+    const Json::Value& refused = type["not"]["anyOf"];
+    ASSERT_EQ(refused.size(), 4U);
+    EXPECT_EQ(refused[0]["pattern"].asString(), "^[tT][dD][mM]$");
+    EXPECT_EQ(refused[0]["not"]["const"].asString(), "tdm");
+    EXPECT_EQ(refused[1]["pattern"].asString(), "^[mM][aA][dD][iI]$");
+    EXPECT_EQ(refused[1]["not"]["const"].asString(), "madi");
+    EXPECT_EQ(refused[2]["pattern"].asString(), "^[iI]32[sS]$");
+    EXPECT_FALSE(refused[2].isMember("not"));
+    EXPECT_EQ(refused[3]["pattern"].asString(), "^[aA][eE][sS]10$");
+    EXPECT_FALSE(refused[3].isMember("not"));
     std::vector<std::string> kinds;
     for (int kind = DaifType::DAIF_TDM; kind <= DaifType::DAIF_AUTO; ++kind) {
         kinds.push_back(DaifType::nameOf(kind));
@@ -120,6 +129,8 @@ TEST(ZelctSchema, InterfaceKindsRewrittenInUpperCaseAreRefused) {
     EXPECT_EQ(kind.getName(), DaifType::nameOf(DaifType::DAIF_MADI));
     kind.setNameAndResolve("SDI-VIDEO");
     EXPECT_EQ(kind.getName(), "SDI-VIDEO");
+    kind.setNameAndResolve("Aes10");
+    EXPECT_EQ(kind.getName(), DaifType::nameOf(DaifType::DAIF_MADI));
 }
 
 TEST(ZelctSchema, NumberRangesAreWhatTheRecordsStore) {

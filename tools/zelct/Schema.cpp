@@ -142,6 +142,20 @@ const char* streamTypeName(int type) {
 const char* interfaceKindName(int kind) {
     return DaifType::nameOf(kind);
 }
+// The spellings DaifType's reader accepts that are no kind's own name.
+std::vector<std::string> interfaceKindAliases() {
+    const std::vector<std::string> names =
+        namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO);
+    std::vector<std::string> aliases;
+    for (std::size_t i = 0; DaifType::acceptedName(i) != nullptr; ++i) {
+        const std::string spelling = DaifType::acceptedName(i);
+        if (std::find(names.begin(), names.end(), spelling) == names.end()) {
+            aliases.push_back(spelling);
+        }
+    }
+    return aliases;
+}
+
 const char* severityName(int severity) {
     return AlarmSeverity::nameOf(severity);
 }
@@ -205,6 +219,14 @@ const MemberNotes kMemberNotes[] = {
 std::string upper(std::string text) {
     for (char& c : text) {
         c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+// "Madi": the first letter in capitals, the rest as it is.
+std::string capitalized(std::string text) {
+    if (!text.empty()) {
+        text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
     }
     return text;
 }
@@ -530,26 +552,28 @@ private:
         return schema;
     }
 
-    // Text kept as it came, except catalogue names the reader writes in another form. A
-    // catalogue with such names is the one the reader compares the text against; its names
-    // that are kept are offered as examples.
+    // Text kept as it came, except catalogue names and their other spellings that the reader
+    // writes in another form. A catalogue with such names is the one the reader compares the
+    // text against; its names that are kept are offered as examples.
     void freeText(Json::Value& schema, const JsonPath& path) {
-        Json::Value rewritten(Json::arrayValue);
+        Json::Value refused(Json::arrayValue);
         Json::Value examples(Json::arrayValue);
         std::string from;
         for (const NameCatalogue& catalogue : nameCatalogues()) {
             Json::Value kept(Json::arrayValue);
             bool compared = false;
-            for (const std::string& name : catalogue.names) {
-                for (const std::string& variant : {name, upper(name)}) {
-                    const bool keptAsItIs = keeps(path, Json::Value(variant));
-                    if (!keptAsItIs && !contains(rewritten, variant)) {
-                        rewritten.append(variant);
-                    }
-                    compared = compared || !keptAsItIs;
-                    if (keptAsItIs && variant == name) {
-                        kept.append(name);
-                    }
+            std::vector<std::string> spellings = catalogue.names;
+            spellings.insert(spellings.end(), catalogue.aliases.begin(), catalogue.aliases.end());
+            for (const std::string& spelling : spellings) {
+                const Json::Value rule = refusal(path, spelling);
+                if (!rule.isNull()) {
+                    refused.append(rule);
+                    compared = true;
+                }
+                const bool isName = std::find(catalogue.names.begin(), catalogue.names.end(),
+                                              spelling) != catalogue.names.end();
+                if (isName && keeps(path, Json::Value(spelling))) {
+                    kept.append(spelling);
                 }
             }
             if (compared) {
@@ -559,13 +583,43 @@ private:
                 }
             }
         }
-        if (!rewritten.empty()) {
-            schema["not"]["enum"] = rewritten;
+        if (!refused.empty()) {
+            schema["not"]["anyOf"] = refused;
             schema["examples"] = examples;
             schema["description"] = "Compared against the " + from +
                                     "; other text is kept as it came. The names refused here "
                                     "are written back in another form";
         }
+    }
+
+    // The texts of one spelling that the reader writes in another form, as a schema they
+    // match; null when it keeps them all. The case of a spelling is probed in capitals and
+    // capitalised: where both come back otherwise, the reader compares without regard to
+    // case, and every case of it is refused but the one kept as it is.
+    Json::Value refusal(const JsonPath& path, const std::string& spelling) {
+        const std::string variants[] = {spelling, upper(spelling), capitalized(spelling)};
+        bool kept[3] = {};
+        for (int i = 0; i < 3; ++i) {
+            kept[i] = keeps(path, Json::Value(variants[i]));
+        }
+        Json::Value rule;
+        if (!kept[1] && !kept[2]) {
+            rule["pattern"] = anyCasePattern(spelling);
+            if (kept[0]) {
+                rule["not"]["const"] = spelling;
+            }
+            return rule;
+        }
+        Json::Value texts(Json::arrayValue);
+        for (int i = 0; i < 3; ++i) {
+            if (!kept[i] && !contains(texts, variants[i])) {
+                texts.append(variants[i]);
+            }
+        }
+        if (!texts.empty()) {
+            rule["enum"] = texts;
+        }
+        return rule;
     }
 
     // A text member that keeps only the catalogue names it knows.
@@ -788,11 +842,11 @@ std::string schemaFileName(const Kind& kind) {
 const std::vector<NameCatalogue>& nameCatalogues() {
     // clang-format off
     static const std::vector<NameCatalogue> catalogues = {
-        {"state names",      namesOf(&stateName, State::STATE_DISABLED, State::STATE_PAUSED + 1), &nothingToSay},
-        {"stream types",     namesOf(&streamTypeName, StreamType::STREAM_AUDIO, StreamType::STREAM_TEST + 1), &nothingToSay},
-        {"interface kinds",  namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO), &nothingToSay},
-        {"alarm severities", namesOf(&severityName, AlarmSeverity::SEVERITY_OK, AlarmSeverity::SEVERITY_CRITICAL), &nothingToSay},
-        {"video formats",    videoFormatTexts(), &videoFormatDetails},
+        {"state names",      namesOf(&stateName, State::STATE_DISABLED, State::STATE_PAUSED + 1), &nothingToSay, {}},
+        {"stream types",     namesOf(&streamTypeName, StreamType::STREAM_AUDIO, StreamType::STREAM_TEST + 1), &nothingToSay, {}},
+        {"interface kinds",  namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO), &nothingToSay, interfaceKindAliases()},
+        {"alarm severities", namesOf(&severityName, AlarmSeverity::SEVERITY_OK, AlarmSeverity::SEVERITY_CRITICAL), &nothingToSay, {}},
+        {"video formats",    videoFormatTexts(), &videoFormatDetails, {}},
     };
     // clang-format on
     return catalogues;

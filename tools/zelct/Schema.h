@@ -23,6 +23,8 @@ struct NameCatalogue {
     std::vector<std::string> names;
     // What the catalogue says about a name, "" when it says nothing.
     std::string (*describe)(const std::string& name);
+    // Other spellings the reader accepts for the names and never writes ("aes10").
+    std::vector<std::string> aliases;
 };
 const std::vector<NameCatalogue>& nameCatalogues();
 
