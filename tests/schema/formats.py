@@ -14,25 +14,13 @@ import glob
 import json
 import os
 import re
-import shlex
 import subprocess
 import sys
 import urllib.parse
 
 import jsonschema
 
-
-def check_command(cmd_file):
-    """(kind, files) of a command-line case that checks files as a kind with no option but
-    --json, else None. File names keep their bytes (surrogate escapes)."""
-    text = open(cmd_file, encoding="utf-8", errors="surrogateescape").read()
-    words = shlex.split(text)
-    if words[:1] != ["check"]:
-        return None
-    words = [w for w in words[1:] if w != "--json"]
-    if len(words) < 2 or any(w.startswith("-") or "@" in w for w in words):
-        return None
-    return words[0], words[1:]
+from validate import check_command
 
 
 def check_runs(source):
@@ -76,18 +64,25 @@ def expected_items(report):
     return items
 
 
+def format_runs(tool, source, fmt, failures):
+    """Each check case run with --format json and with --format fmt: (what, code, report,
+    out), after a failure is noted for exit codes that differ."""
+    cli = os.path.join(source, "tests", "cli")
+    for kind, files in check_runs(source):
+        what = f"check --format {fmt} {kind} {' '.join(files)}"
+        code, report = json_report(tool, cli, kind, files)
+        fmt_code, out = run(tool, cli, "check", "--format", fmt, kind, *files)
+        if fmt_code != code:
+            failures.append(f"{what}: exit {fmt_code}, json gives {code}")
+        yield what, code, report, out
+
+
 def check_sarif(tool, source, schema_path):
     schema = json.load(open(schema_path))
     validator = jsonschema.validators.validator_for(schema)(schema)
-    cli = os.path.join(source, "tests", "cli")
     failures, count = [], 0
-    for kind, files in check_runs(source):
-        what = f"check --format sarif {kind} {' '.join(files)}"
-        code, report = json_report(tool, cli, kind, files)
-        sarif_code, out = run(tool, cli, "check", "--format", "sarif", kind, *files)
+    for what, code, report, out in format_runs(tool, source, "sarif", failures):
         count += 1
-        if sarif_code != code:
-            failures.append(f"{what}: exit {sarif_code}, json gives {code}")
         try:
             log = json.loads(out)
         except ValueError as error:
@@ -167,15 +162,9 @@ def unescape(text):
 
 
 def check_github(tool, source):
-    cli = os.path.join(source, "tests", "cli")
     failures, count = [], 0
-    for kind, files in check_runs(source):
-        what = f"check --format github {kind} {' '.join(files)}"
-        code, report = json_report(tool, cli, kind, files)
-        github_code, out = run(tool, cli, "check", "--format", "github", kind, *files)
+    for what, _, report, out in format_runs(tool, source, "github", failures):
         count += 1
-        if github_code != code:
-            failures.append(f"{what}: exit {github_code}, json gives {code}")
         annotations = [ANNOTATION.match(line) for line in out.splitlines() if line.startswith("::")]
         if None in annotations:
             failures.append(f"{what}: a line that is no annotation: {out!r}")
