@@ -578,28 +578,6 @@ private:
     size_t work_ = 0;
 };
 
-// The node a path names in a document that is only looked at, or nullptr.
-const Json::Value* constNodeAt(const Json::Value& document, const JsonPath& path) {
-    const Json::Value* node = &document;
-    for (const PathStep& step : path) {
-        if (step.isIndex) {
-            if (!node->isArray() || step.index >= node->size()) {
-                return nullptr;
-            }
-            node = &(*node)[step.index];
-        } else {
-            if (!node->isObject()) {
-                return nullptr;
-            }
-            node = node->find(step.key.data(), step.key.data() + step.key.size());
-            if (node == nullptr) {
-                return nullptr;
-            }
-        }
-    }
-    return node;
-}
-
 // The children of a node, for the search of a rejected one. Their addresses stay valid while
 // the node gains or loses no child.
 struct Children {
@@ -782,7 +760,7 @@ std::vector<Finding> readingFindings(const SourceText& source, const Json::Value
     for (const ReadingTrap& trap : scanReadingTraps(source.bytes, source.deviceLength)) {
         findings.push_back(findingOfTrap(trap, source));
         if (trap.type == ReadingTrap::Type::DuplicateMember) {
-            if (const Json::Value* kept = constNodeAt(document, trap.path)) {
+            if (const Json::Value* kept = nodeAt(document, trap.path)) {
                 findings.back().understood = *kept;
             }
         }
@@ -797,7 +775,7 @@ Position positionOfPath(const SourceText& source, const Json::Value& document, J
     if (added && !path.empty()) {
         path.pop_back();
     }
-    const Json::Value* node = constNodeAt(document, path);
+    const Json::Value* node = nodeAt(document, path);
     if (node == nullptr) {
         return Position();
     }
@@ -830,7 +808,7 @@ Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
     }
     // The node itself is as it was; members the reading added to it have no place in the
     // text, so the file's own text of it is quoted when there is one.
-    const Json::Value& node = *constNodeAt(work, place.path);
+    const Json::Value& node = *nodeAt(work, place.path);
     Json::Value asWritten = node;
     if (source != nullptr && node.getOffsetLimit() > node.getOffsetStart()) {
         const Json::Value slice =

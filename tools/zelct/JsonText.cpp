@@ -234,8 +234,8 @@ std::string pointerText(const JsonPath& path) {
     return text;
 }
 
-Json::Value* nodeAt(Json::Value& document, const JsonPath& path) {
-    Json::Value* node = &document;
+const Json::Value* nodeAt(const Json::Value& document, const JsonPath& path) {
+    const Json::Value* node = &document;
     for (const PathStep& step : path) {
         if (step.isIndex) {
             if (!node->isArray() || step.index >= node->size()) {
@@ -243,14 +243,21 @@ Json::Value* nodeAt(Json::Value& document, const JsonPath& path) {
             }
             node = &(*node)[step.index];
         } else {
-            if (!node->isObject() ||
-                node->find(step.key.data(), step.key.data() + step.key.size()) == nullptr) {
+            if (!node->isObject()) {
                 return nullptr;
             }
-            node = &(*node)[step.key];
+            node = node->find(step.key.data(), step.key.data() + step.key.size());
+            if (node == nullptr) {
+                return nullptr;
+            }
         }
     }
     return node;
+}
+
+Json::Value* nodeAt(Json::Value& document, const JsonPath& path) {
+    // The node found in a document the caller may change is the caller's to change.
+    return const_cast<Json::Value*>(nodeAt(static_cast<const Json::Value&>(document), path));
 }
 
 Json::Value replacedAt(const Json::Value& document, const JsonPath& path,

@@ -37,7 +37,8 @@ using JsonPath = std::vector<PathStep>;
 // ~0 and ~1. The empty path (the whole document) is "".
 std::string pointerText(const JsonPath& path);
 
-// The node a path names, or nullptr when the document has none there.
+// The node a path names, or nullptr when the document has none there. Never adds a member.
+const Json::Value* nodeAt(const Json::Value& document, const JsonPath& path);
 Json::Value* nodeAt(Json::Value& document, const JsonPath& path);
 
 // A copy of the document with the node at the path replaced by the given value.
