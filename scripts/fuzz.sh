@@ -49,10 +49,11 @@ for binary in "$work"/fuzz/*Fuzz; do
     corpus=$work/corpus/$target
     mkdir -p "$corpus"
     dictionary "$target" "${seeds[@]}" >"$work/$target.dict"
-    # Long enough for a document nested past the parser's limit (1,000 levels fail)
-    # ({"a": 1,000 times and its closing braces take some 6,000 bytes).
+    # The file store and the checker get inputs long enough for a document nested past the
+    # parser's limit (1,000 levels fail; {"a": 1,000 times and its closing braces take some
+    # 6,000 bytes).
     max_len=()
-    if [ "$target" = FileMgr ]; then max_len=(-max_len=16384); fi
+    case $target in FileMgr | ZelctCheck) max_len=(-max_len=16384) ;; esac
     log=$work/$target.log
     if ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
         "$binary" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 "${max_len[@]}" \
