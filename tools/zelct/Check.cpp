@@ -718,33 +718,47 @@ std::string writtenBack(const Json::Value& text) {
     return written;
 }
 
+// The finding each reading trap is reported as.
+struct TrapFinding {
+    ReadingTrap::Type trap;
+    Finding::Type finding;
+};
+
+// clang-format off
+constexpr TrapFinding kTrapFindings[] = {
+    {ReadingTrap::Type::DuplicateMember, Finding::Type::DuplicateMember},
+    {ReadingTrap::Type::TrailingText,    Finding::Type::TrailingText},
+    {ReadingTrap::Type::Comment,         Finding::Type::Comment},
+    {ReadingTrap::Type::TrailingComma,   Finding::Type::TrailingComma},
+    {ReadingTrap::Type::AfterNul,        Finding::Type::AfterNul},
+    {ReadingTrap::Type::NotUtf8,         Finding::Type::NotUtf8},
+    {ReadingTrap::Type::ControlInString, Finding::Type::ControlInString},
+};
+// clang-format on
+
+Finding::Type findingTypeOf(ReadingTrap::Type type) {
+    const auto row = std::find_if(std::begin(kTrapFindings), std::end(kTrapFindings),
+                                  [type](const TrapFinding& r) { return r.trap == type; });
+    return row != std::end(kTrapFindings) ? row->finding : Finding::Type::Comment;
+}
+
 Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
-    Finding finding{Finding::Type::Comment, trap.path, Json::Value(), Json::Value()};
+    Finding finding{findingTypeOf(trap.type), trap.path, Json::Value(), Json::Value()};
     switch (trap.type) {
-        case ReadingTrap::Type::DuplicateMember: {
-            finding.type = Finding::Type::DuplicateMember;
+        case ReadingTrap::Type::DuplicateMember:
             finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
             break;
-        }
-        case ReadingTrap::Type::TrailingText:
-            finding.type = Finding::Type::TrailingText;
-            break;
-        case ReadingTrap::Type::Comment:
-            finding.type = Finding::Type::Comment;
-            break;
-        case ReadingTrap::Type::TrailingComma:
-            finding.type = Finding::Type::TrailingComma;
-            break;
         case ReadingTrap::Type::AfterNul:
-            finding.type = Finding::Type::AfterNul;
             finding.original = Json::Value(static_cast<Json::LargestUInt>(trap.count));
             break;
         case ReadingTrap::Type::NotUtf8:
         case ReadingTrap::Type::ControlInString:
-            finding.type = trap.type == ReadingTrap::Type::NotUtf8 ? Finding::Type::NotUtf8
-                                                                   : Finding::Type::ControlInString;
             finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
             finding.understood = writtenBack(finding.original);
+            break;
+        case ReadingTrap::Type::TrailingText:
+        case ReadingTrap::Type::Comment:
+        case ReadingTrap::Type::TrailingComma:
             break;
     }
     const Position position = source.lines.at(trap.offset);

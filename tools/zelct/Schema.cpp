@@ -142,10 +142,12 @@ const char* streamTypeName(int type) {
 const char* interfaceKindName(int kind) {
     return DaifType::nameOf(kind);
 }
+std::vector<std::string> interfaceKindNames() {
+    return namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO);
+}
 // The spellings DaifType's reader accepts that are no kind's own name.
 std::vector<std::string> interfaceKindAliases() {
-    const std::vector<std::string> names =
-        namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO);
+    const std::vector<std::string> names = interfaceKindNames();
     std::vector<std::string> aliases;
     for (std::size_t i = 0; DaifType::acceptedName(i) != nullptr; ++i) {
         const std::string spelling = DaifType::acceptedName(i);
@@ -844,7 +846,7 @@ const std::vector<NameCatalogue>& nameCatalogues() {
     static const std::vector<NameCatalogue> catalogues = {
         {"state names",      namesOf(&stateName, State::STATE_DISABLED, State::STATE_PAUSED + 1), &nothingToSay, {}},
         {"stream types",     namesOf(&streamTypeName, StreamType::STREAM_AUDIO, StreamType::STREAM_TEST + 1), &nothingToSay, {}},
-        {"interface kinds",  namesOf(&interfaceKindName, DaifType::DAIF_TDM, DaifType::DAIF_AUTO), &nothingToSay, interfaceKindAliases()},
+        {"interface kinds",  interfaceKindNames(), &nothingToSay, interfaceKindAliases()},
         {"alarm severities", namesOf(&severityName, AlarmSeverity::SEVERITY_OK, AlarmSeverity::SEVERITY_CRITICAL), &nothingToSay, {}},
         {"video formats",    videoFormatTexts(), &videoFormatDetails, {}},
     };
