@@ -214,3 +214,17 @@ TEST(JsonMember, AListReadFromANonArrayIsEmptyOrThrowsAsTheMemberAccess) {
     object["a"] = 1;
     EXPECT_THROW(readNumbers(object), Json::LogicError);
 }
+
+// A gap after elements the walk has handed out: the elements before it come from the walk, the
+// gap is added as null, and the elements after it are still read, each at its own index.
+TEST(JsonMember, AGapInsideAnArrayReadsAsAnAddedNullBetweenItsNeighbours) {
+    Json::Value array(Json::arrayValue);
+    array[0] = 1;
+    array[1] = 2;
+    array[3] = 4;
+    array[4] = 5;
+    EXPECT_EQ(readNumbers(array), (std::vector<int>{1, 2, -1, 4, 5}));
+    EXPECT_EQ(array.size(), 5u);
+    EXPECT_TRUE(array[2].isNull());
+    EXPECT_EQ(array[3].asInt(), 4);
+}
