@@ -26,7 +26,10 @@ public:
     static void log(logDebugLevel_t level, const char* format, ...)
         __attribute__((format(printf, 2, 3)));
 
-    // nullptr restores the default sink, which writes one line to standard error.
+    // nullptr restores the default sink, which writes one line to standard error for each
+    // call: newlines, carriage returns, tabs and other control bytes are written as \n, \r,
+    // \t and \xHH, and a line of more than 4,096 bytes is cut there with
+    // " ... (N more bytes not shown)". A sink of the caller's receives the line as logged.
     static void setSink(Sink sink);
 
     // Lines of a higher level than max are dropped; the default is logInfo.

@@ -2,14 +2,66 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace {
 
+// The most bytes of one line that the default sink writes; the rest is counted. A broken
+// file's whole text is logged on a failed parse, and a log of 100 MiB lines helps nobody.
+constexpr std::size_t kMaxShownBytes = 4096;
+
+// One log call is one line on standard error, whatever the text holds: a newline or a
+// carriage return inside it would let a file's text pass for a log line of its own, and
+// other control bytes would steer the terminal. They are written as \n, \r, \t or \xHH.
+void appendShown(std::string& out, unsigned char byte) {
+    static const char kHex[] = "0123456789abcdef";
+    switch (byte) {
+        case '\n':
+            out += "\\n";
+            return;
+        case '\r':
+            out += "\\r";
+            return;
+        case '\t':
+            out += "\\t";
+            return;
+        default:
+            break;
+    }
+    if (byte < 0x20 || byte == 0x7f) {
+        out += "\\x";
+        out += kHex[byte >> 4];
+        out += kHex[byte & 0xf];
+    } else {
+        out += static_cast<char>(byte);
+    }
+}
+
+// Where a line of more than kMaxShownBytes bytes is cut: not inside a UTF-8 character.
+std::size_t cutAt(const std::string& line) {
+    std::size_t cut = kMaxShownBytes;
+    while (cut > 0 && (static_cast<unsigned char>(line[cut]) & 0xc0) == 0x80) {
+        --cut;
+    }
+    return cut;
+}
+
 void writeToStderr(Logger::logDebugLevel_t /*level*/, const std::string& line) {
-    std::fprintf(stderr, "%s\n", line.c_str());
+    const std::size_t shown = line.size() > kMaxShownBytes ? cutAt(line) : line.size();
+    std::string out;
+    out.reserve(shown + 64);
+    for (std::size_t at = 0; at < shown; ++at) {
+        appendShown(out, static_cast<unsigned char>(line[at]));
+    }
+    if (shown < line.size()) {
+        out += " ... (" + std::to_string(line.size() - shown) + " more bytes not shown)";
+    }
+    out += '\n';
+    std::fwrite(out.data(), 1, out.size(), stderr);
 }
 
 struct LoggerState {
