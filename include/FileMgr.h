@@ -11,9 +11,10 @@
 //
 //    0  success
 //  -17  the file could not be opened, sized or accepted for reading: it is missing or
-//       unreadable, it is not a regular file (a directory, a FIFO, a device, a socket), or
-//       it is larger than kMaxFileSize (100 MiB). Nothing is allocated for a refused file
-//       and a FIFO is never waited on.
+//       unreadable, it is not a regular file (a directory, a FIFO, a device, a socket), it
+//       is larger than kMaxFileSize (100 MiB), or (loadLocalCfg) its text holds more than
+//       kMaxValues JSON values. Nothing is allocated for a refused file and a FIFO is never
+//       waited on.
 //  -13  the text is not valid JSON (a file of NUL bytes only has no text and gives -13)
 //  -43  the file (or the temporary beside it) could not be created or truncated for writing
 //  -41  writing, flushing or replacing the file failed
@@ -32,21 +33,44 @@ public:
     // are a few kilobytes; anything near this is a wrong path or a corrupted file.
     static constexpr int kMaxFileSize = 100 * 1024 * 1024;
 
+    // The most JSON values (objects, arrays, member values, elements) a loaded text may hold.
+    // Parsed, each value costs jsoncpp some 50 bytes on the 32-bit board and 100 on a 64-bit
+    // host, and reading a record adds members of its own, so memory follows the number of
+    // values, not the file's size: 100 MiB of "[{},{},...]" would take gigabytes. The count
+    // is taken by a scan of the text before anything is parsed.
+    static constexpr int kMaxValues = 1000000;
+
+    // What a load accepts, for a daemon that wants other bounds than the defaults.
+    struct Limits {
+        long long maxFileSize;  // bytes
+        long long maxValues;    // JSON values in the text
+    };
+    static constexpr Limits kDefaultLimits = {kMaxFileSize, kMaxValues};
+
     // Reads the file into content, up to its first NUL byte. 0 or -17; content is left
     // untouched on -17. Besides "ERR::path '%s' error opening file", a refused file logs
     // "ERR::path '%s' is not a regular file" or
-    // "ERR::path '%s' is too large (%lld bytes, limit %d)".
+    // "ERR::path '%s' is too large (%lld bytes, limit %lld)".
     int loadFileContent(const std::string& path, std::string& content);
+    // The same with the limits' maxFileSize instead of kMaxFileSize.
+    int loadFileContent(const std::string& path, std::string& content, const Limits& limits);
 
     // Loads and parses the file into root; any JSON document is accepted (object, array or
     // scalar). 0, -17 or -13; on -17 and -13 root is exactly as it was. Never throws: a
     // document that jsoncpp refuses by throwing (nested 1,000 levels deep or more: 999 load)
     // gives -13 with the same two lines as any malformed text, the second carrying
     // jsoncpp's message.
+    // A text of more than kMaxValues values gives -17 before it is parsed, with
+    // "ERR::path '%s' holds too many values (%lld values, limit %lld)" and the check line.
     int loadLocalCfg(const std::string& path, Json::Value& root);
+    // The same with the given limits.
+    int loadLocalCfg(const std::string& path, Json::Value& root, const Limits& limits);
 
     // Writes root as styled JSON text straight into the file, replacing its content. A
-    // failure half-way (full disk, power cut) leaves a truncated file. 0, -43 or -41.
+    // failure half-way (full disk, power cut) leaves a truncated file. 0, -43 or -41. Only a
+    // regular file (or nothing) is written: a FIFO, a device or a socket gives -43 with
+    // errno EINVAL (a FIFO without a reader ENXIO) at once, instead of blocking or writing
+    // into it; the decision is taken on the opened descriptor.
     int storeLocalCfg(const std::string& path, const Json::Value& root);
 
     // Writes the same styled text with the same codes and log lines as storeLocalCfg, but
@@ -67,9 +91,15 @@ public:
     // (set-user-ID and set-group-ID bits too), its owner and group where the process may
     // give them (a process that may not goes on with its own), and its extended attributes
     // where the file system and the process allow. A new file gets 0666 less the umask.
+    // The temporary is created with mode 0600 and given the old file's owner and mode (or
+    // 0666 less the umask for a new file) before any text is written, so no other user can
+    // open it while it holds a text that the old file's mode keeps from them.
     // A symbolic link at the path stays and keeps pointing where it pointed; the file it
     // points to (followed through any chain of links) is replaced, or created if missing; a
-    // loop of links gives -43 with ELOOP.
+    // loop of links gives -43 with ELOOP. A link is followed only where the kernel's
+    // protected_symlinks rule allows it, whatever the system's setting: in a sticky folder
+    // that everyone may write to (/tmp), only a link owned by this process's user or by the
+    // folder's owner; any other gives -43 with EACCES and nothing is written.
     // Only a regular file (or nothing) is replaced: an empty path, a directory and a FIFO,
     // device or socket give -43 (errno ENOENT, EISDIR, EINVAL) and stay as they are.
     int storeLocalCfgDurable(const std::string& path, const Json::Value& root);

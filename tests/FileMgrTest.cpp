@@ -5,7 +5,9 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -286,15 +288,19 @@ TEST_F(FileMgrTest, StoreIntoMissingDirectoryReturns43WithErrno2) {
                           ":' failed to open file errno='2' ('No such file or directory')"));
 }
 
-TEST_F(FileMgrTest, StoreIntoFullDeviceReturns41) {
+// A device is no place for a document: /dev/full would fail the write, /dev/null would
+// swallow it and report success.
+TEST_F(FileMgrTest, StoreIntoADeviceReturns43WithoutWriting) {
     Json::Value root;
-    root["a"] = std::string(100000, 'x');  // more than the stream buffers, so the write fails
-    EXPECT_EQ(files.storeLocalCfg("/dev/full", root), -41);
-    const auto lines = log.lines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0], logLine(Logger::logError,
-                                "ERR::Saving JSON to file '/dev/full:' failed to write file "
-                                "errno='28' ('No space left on device')"));
+    root["a"] = std::string(100000, 'x');
+    for (const std::string device : {"/dev/full", "/dev/null"}) {
+        log.clear();
+        EXPECT_EQ(files.storeLocalCfg(device, root), -43);
+        EXPECT_EQ(log.lines(), (std::vector<LogCapture::Line>{logLine(
+                                   Logger::logError, "ERR::Saving JSON to file '" + device +
+                                                         ":' failed to open file errno='22' "
+                                                         "('Invalid argument')")}));
+    }
 }
 
 TEST_F(FileMgrTest, StoreWritesStyledTextAndLogsNothing) {
@@ -344,6 +350,76 @@ TEST_F(FileMgrTest, LoadOfDirectoryReturns17AsNotARegularFile) {
     EXPECT_EQ(lines[0],
               logLine(Logger::logError, "ERR::path '" + dir.path() + "' is not a regular file"));
     EXPECT_EQ(lines[1], logLine(Logger::logError, checkLine(-17)));
+}
+
+// Memory follows the number of values, not the size of the file: the load counts them in the
+// text and refuses before the parser builds anything.
+TEST_F(FileMgrTest, LoadOfMoreValuesThanTheLimitReturns17BeforeParsing) {
+    const std::string path = dir.file("many.json");
+    writeFile(path, "[{},{},{},{},{}]");
+    Json::Value root = parseJson(R"({"kept": 1})");
+    EXPECT_EQ(files.loadLocalCfg(path, root, FileMgr::Limits{FileMgr::kMaxFileSize, 5}), -17);
+    EXPECT_EQ(root, parseJson(R"({"kept": 1})"));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogCapture::Line>{
+                  logLine(Logger::logVerbose, "VBS::path '" + path + "' size loaded '16'"),
+                  logLine(Logger::logError,
+                          "ERR::path '" + path + "' holds too many values (6 values, limit 5)"),
+                  logLine(Logger::logError, checkLine(-17))}));
+
+    log.clear();
+    EXPECT_EQ(files.loadLocalCfg(path, root, FileMgr::Limits{FileMgr::kMaxFileSize, 6}), 0);
+    EXPECT_EQ(root, parseJson("[{},{},{},{},{}]"));
+}
+
+// Member names, and whatever strings and comments hold, are no values.
+TEST_F(FileMgrTest, TheValueCountSkipsNamesStringsAndComments) {
+    const std::string path = dir.file("counted.json");
+    writeFile(path,
+              "{\"a,[{\": \"x]}\\\",\", /* [[[,, */ \"b\" : [1, -2.5e3, true, null] // {{{\n}");
+    Json::Value root;
+    EXPECT_EQ(files.loadLocalCfg(path, root, FileMgr::Limits{FileMgr::kMaxFileSize, 7}), 0);
+    EXPECT_EQ(root["a,[{"], "x]}\",");
+    log.clear();
+    EXPECT_EQ(files.loadLocalCfg(path, root, FileMgr::Limits{FileMgr::kMaxFileSize, 6}), -17);
+    EXPECT_EQ(log.lines().at(1),
+              logLine(Logger::logError,
+                      "ERR::path '" + path + "' holds too many values (7 values, limit 6)"));
+}
+
+TEST_F(FileMgrTest, TheDefaultLoadRefusesMoreThanAMillionValues) {
+    ASSERT_EQ(FileMgr::kMaxValues, 1000000);
+    const std::string path = dir.file("million.json");
+    // The array and its 999,999 elements: a million values.
+    std::string text = "[";
+    for (int i = 0; i < 999998; ++i) {
+        text += "0,";
+    }
+    writeFile(path, text + "0]");
+    Json::Value root;
+    EXPECT_EQ(files.loadLocalCfg(path, root), 0);
+    EXPECT_EQ(root.size(), 999999u);
+    writeFile(path, text + "0,0]");
+    log.clear();
+    EXPECT_EQ(files.loadLocalCfg(path, root), -17);
+    EXPECT_EQ(log.lines().at(1),
+              logLine(Logger::logError, "ERR::path '" + path +
+                                            "' holds too many values (1000001 values, limit "
+                                            "1000000)"));
+}
+
+TEST_F(FileMgrTest, LoadFileContentTakesTheSizeLimitItIsGiven) {
+    const std::string path = dir.file("eleven.json");
+    writeFile(path, "[1,2,3,4,5]");
+    std::string content = "previous";
+    EXPECT_EQ(files.loadFileContent(path, content, FileMgr::Limits{10, FileMgr::kMaxValues}), -17);
+    EXPECT_EQ(content, "previous");
+    EXPECT_EQ(
+        log.lines(),
+        (std::vector<LogCapture::Line>{logLine(
+            Logger::logError, "ERR::path '" + path + "' is too large (11 bytes, limit 10)")}));
+    EXPECT_EQ(files.loadFileContent(path, content, FileMgr::Limits{11, FileMgr::kMaxValues}), 0);
+    EXPECT_EQ(content, "[1,2,3,4,5]");
 }
 
 TEST_F(FileMgrTest, LoadOfFifoWithoutWriterReturns17AtOnce) {
@@ -515,6 +591,50 @@ TEST_F(FileMgrTest, StoreAndDurableStoreOfAnEmptyPathBothReturn43WithErrno2) {
     EXPECT_EQ(lines[1], lines[0]);
 }
 
+// A FIFO without a reader would block the store for ever, one with a reader would take the
+// document away; both are refused at once and nothing goes into them.
+TEST_F(FileMgrTest, StoreIntoAFifoReturns43AtOnceWithOrWithoutAReader) {
+    const std::string path = dir.file("fifo");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    Json::Value root;
+    root["a"] = 1;
+    ::alarm(20);  // a store that waits for a reader ends the test here instead of hanging
+    EXPECT_EQ(files.storeLocalCfg(path, root), -43);
+    EXPECT_EQ(log.lines(), (std::vector<LogCapture::Line>{
+                               logLine(Logger::logError, saveLine(path, "open file", ENXIO))}));
+
+    log.clear();
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(files.storeLocalCfg(path, root), -43);
+    ::alarm(0);
+    char byte = 0;
+    EXPECT_LE(::read(reader, &byte, 1), 0);  // nothing was written into it
+    ::close(reader);
+    EXPECT_EQ(log.lines(), (std::vector<LogCapture::Line>{
+                               logLine(Logger::logError, saveLine(path, "open file", EINVAL))}));
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+}
+
+TEST_F(FileMgrTest, StoreIntoASocketReturns43) {
+    const std::string path = dir.file("socket");
+    const int listening = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(listening, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    std::strcpy(address.sun_path, path.c_str());
+    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    Json::Value root;
+    root["a"] = 1;
+    EXPECT_EQ(files.storeLocalCfg(path, root), -43);
+    ::close(listening);
+    EXPECT_EQ(log.lines(), (std::vector<LogCapture::Line>{
+                               logLine(Logger::logError, saveLine(path, "open file", ENXIO))}));
+}
+
 TEST_F(FileMgrTest, DurableStoreLeavesAFifoInPlaceAndReturns43) {
     const std::string path = dir.file("fifo");
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
@@ -667,6 +787,69 @@ TEST_F(FileMgrTest, DurableStoreThroughALinkLoopReturns43WithEloop) {
     EXPECT_EQ(log.lines()[0],
               logLine(Logger::logError, saveLine(dir.file("a"), "open file", ELOOP)));
     EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"a", "b"}));
+}
+
+// A link in a sticky folder that everyone may write to, as /tmp: the store follows it only
+// where the kernel's protected_symlinks rule would.
+class FileMgrLinkTest : public FileMgrTest {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(::mkdir(shared.c_str(), 0700), 0);
+        ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
+        writeFile(target, "{}");
+        ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
+        root["a"] = 1;
+    }
+    const std::string shared = dir.file("shared");
+    const std::string target = dir.file("secret.json");
+    const std::string link = shared + "/config.json";
+    Json::Value root;
+};
+
+TEST_F(FileMgrLinkTest, DurableStoreFollowsItsOwnLinkInAStickyFolder) {
+    EXPECT_EQ(files.storeLocalCfgDurable(link, root), 0);
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(readFile(target), root.toStyledString());
+    EXPECT_EQ(namesIn(shared), std::vector<std::string>{"config.json"});
+}
+
+// The attack: another user plants a link in /tmp to a file of this process's user, and
+// waits for the store to replace that file through it.
+TEST_F(FileMgrLinkTest, DurableStoreRefusesAnotherUsersLinkInAStickyFolderWith43) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs a privileged process to make a link owned by someone else";
+    }
+    ASSERT_EQ(::lchown(link.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(files.storeLocalCfgDurable(link, root), -43);
+    EXPECT_EQ(log.lines(), (std::vector<LogCapture::Line>{
+                               logLine(Logger::logError, saveLine(link, "open file", EACCES))}));
+    EXPECT_EQ(readFile(target), "{}");
+    EXPECT_EQ(namesIn(shared), std::vector<std::string>{"config.json"});
+    struct stat info {};
+    ASSERT_EQ(::lstat(link.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISLNK(info.st_mode));
+
+    // Not sticky, or not writable by everyone: the rule does not apply.
+    for (const mode_t mode : {0777, 01775}) {
+        log.clear();
+        writeFile(target, "{}");
+        ASSERT_EQ(::chmod(shared.c_str(), mode), 0);
+        EXPECT_EQ(files.storeLocalCfgDurable(link, root), 0) << std::oct << mode;
+        EXPECT_TRUE(log.lines().empty());
+        EXPECT_EQ(readFile(target), root.toStyledString());
+    }
+}
+
+TEST_F(FileMgrLinkTest, DurableStoreFollowsALinkOfTheStickyFoldersOwner) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs a privileged process to give the folder and the link away";
+    }
+    ASSERT_EQ(::chown(shared.c_str(), 65534, 65534), 0);
+    ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
+    ASSERT_EQ(::lchown(link.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(files.storeLocalCfgDurable(link, root), 0);
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(readFile(target), root.toStyledString());
 }
 
 TEST_F(FileMgrTest, DurableStoreKeepsOwnerGroupAndSetIdBits) {

@@ -9,9 +9,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <fstream>
 #include <memory>
 
 #include "Logger.h"
@@ -33,7 +33,7 @@ int openForReading(const std::string& path) {
 // Checks what the open descriptor refers to before anything is allocated for it, and sizes
 // it: the one size that is read. Logs and returns -1 when the file cannot be loaded as a
 // whole.
-off_t loadableSize(const std::string& path, int fd) {
+off_t loadableSize(const std::string& path, int fd, long long limit) {
     struct stat info {};
     if (::fstat(fd, &info) != 0) {
         Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
@@ -45,9 +45,9 @@ off_t loadableSize(const std::string& path, int fd) {
         Logger::log(Logger::logError, "ERR::path '%s' is not a regular file", path.c_str());
         return -1;
     }
-    if (info.st_size > FileMgr::kMaxFileSize) {
-        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %d)",
-                    path.c_str(), static_cast<long long>(info.st_size), FileMgr::kMaxFileSize);
+    if (info.st_size > limit) {
+        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %lld)",
+                    path.c_str(), static_cast<long long>(info.st_size), limit);
         return -1;
     }
     return info.st_size;
@@ -114,14 +114,15 @@ std::string randomLetters() {
 
 // Creates a fresh temporary file in the folder, named ".<8 letters>.tmp": short, so it fits
 // wherever the target's own name fits, and hidden from a plain listing. O_EXCL never opens a
-// file someone else made; a clash is retried with other letters. Mode 0666 lets the umask
-// decide, as for any new file. Returns the descriptor, or -1 with errno.
+// file someone else made; a clash is retried with other letters. Mode 0600: nobody else may
+// open it before it has the mode it is meant to have, since a descriptor opened early would
+// read whatever text is written later. Returns the descriptor, or -1 with errno.
 int createTemporary(const std::string& folder, std::string& name) {
     for (int attempt = 0; attempt < 100; ++attempt) {
         name = folder + "/." + randomLetters() + ".tmp";
         int fd;
         do {
-            fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         } while (fd < 0 && errno == EINTR);
         if (fd >= 0 || errno != EEXIST) {
             return fd;
@@ -130,16 +131,35 @@ int createTemporary(const std::string& folder, std::string& name) {
     return -1;
 }
 
+// Whether the kernel's protected_symlinks rule lets this process follow the link: in a
+// sticky folder that anyone may write to (/tmp), only a link that the process itself or the
+// folder's owner made. The store applies it whatever the system's setting, because it
+// follows links itself and renames over what they name, where the kernel's own check never
+// runs: a link that another user planted in /tmp would otherwise make the store replace any
+// file that user cannot even read.
+bool mayFollow(const std::string& link, const struct stat& linkInfo) {
+    struct stat folder {};
+    if (::stat(folderOf(link).c_str(), &folder) != 0) {
+        return false;
+    }
+    const bool shared = (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & S_IWOTH) != 0;
+    return !shared || linkInfo.st_uid == ::geteuid() || linkInfo.st_uid == folder.st_uid;
+}
+
 // Follows symbolic links from the path to the name that is really replaced, so that a link
 // keeps pointing where it pointed and the file behind it gets the new text, as a store
 // through the link in place would. A link to a missing file gives that file's name. Returns
-// 0 or errno (ELOOP past 40 links, as the kernel counts).
+// 0 or errno: ELOOP past 40 links, as the kernel counts, and EACCES for a link that
+// mayFollow refuses.
 int followLinks(const std::string& path, std::string& resolved) {
     resolved = path;
     for (int hops = 0; hops <= 40; ++hops) {
         struct stat info {};
         if (::lstat(resolved.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) {
             return 0;
+        }
+        if (!mayFollow(resolved, info)) {
+            return EACCES;
         }
         std::string link(PATH_MAX, '\0');
         const ssize_t length = ::readlink(resolved.c_str(), &link[0], link.size());
@@ -222,6 +242,33 @@ void takeOver(const Target& old, int fd) {
     ::fchmod(fd, old.info.st_mode & 07777);
 }
 
+// The process's file mode creation mask. Linux shows it in /proc/self/status; reading it
+// with umask() means setting it for a moment, which another thread creating a file at that
+// moment would suffer from, so that is left for kernels without the line.
+mode_t currentUmask() {
+    std::FILE* status = std::fopen("/proc/self/status", "re");
+    if (status != nullptr) {
+        char line[128];
+        unsigned mask = 0;
+        bool found = false;
+        while (!found && std::fgets(line, sizeof line, status) != nullptr) {
+            found = std::sscanf(line, "Umask: %o", &mask) == 1;
+        }
+        std::fclose(status);
+        if (found) {
+            return static_cast<mode_t>(mask);
+        }
+    }
+    const mode_t mask = ::umask(022);
+    ::umask(mask);
+    return mask;
+}
+
+// Gives a temporary that replaces nothing the mode any new file gets: 0666 less the umask.
+void takeNewFileMode(int fd) {
+    ::fchmod(fd, 0666 & ~currentUmask());
+}
+
 // Writes every byte, going on after short writes and interruptions. Returns 0 or errno.
 int writeAll(int fd, const std::string& text) {
     const char* data = text.data();
@@ -290,6 +337,111 @@ int syncFolder(const std::string& folder) {
     return err == EINVAL ? 0 : err;
 }
 
+// Opens the path for a plain store: created if missing, emptied if a regular file. Opened
+// without waiting and judged on the descriptor, not on the path: a FIFO without a reader
+// would block the open for ever, and one with a reader, a device or a socket is no file to
+// keep a document in (EINVAL). A check of the path before the open could be outrun by a
+// swap of what the path names. Returns the descriptor, or -1 with err set.
+int openForReplacing(const std::string& path, int& err) {
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        err = errno;
+        return -1;
+    }
+    struct stat info {};
+    err = ::fstat(fd, &info) != 0 ? errno : !S_ISREG(info.st_mode) ? EINVAL : 0;
+    if (err == 0 && ::ftruncate(fd, 0) != 0) {
+        err = errno;
+    }
+    if (err != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// Counts the JSON values of a text the way the parser will meet them, without parsing: each
+// object and array, and each scalar or string that is not a member's name. Strings and
+// comments are stepped over, so their content counts for nothing. What is not JSON counts as
+// it comes; the parser refuses it later. One pass, no allocation.
+class ValueCounter {
+public:
+    long long count(const std::string& text) {
+        for (at_ = 0; at_ < text.size(); ++at_) {
+            step(text);
+        }
+        settleString(false);
+        return values_;
+    }
+
+private:
+    void step(const std::string& text) {
+        const char c = text[at_];
+        if (c == '/' && at_ + 1 < text.size() && (text[at_ + 1] == '/' || text[at_ + 1] == '*')) {
+            skipComment(text);
+            inScalar_ = false;
+            return;
+        }
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\r') {
+            inScalar_ = false;
+            return;
+        }
+        settleString(c == ':');
+        if (c == '"') {
+            skipString(text);
+            stringPending_ = true;
+            inScalar_ = false;
+        } else if (c == '{' || c == '[') {
+            ++values_;
+            inScalar_ = false;
+        } else if (c == '}' || c == ']' || c == ',' || c == ':') {
+            inScalar_ = false;
+        } else if (!inScalar_) {
+            ++values_;
+            inScalar_ = true;
+        }
+    }
+
+    // A string just closed is a value unless a colon makes it a member's name.
+    void settleString(bool colonFollows) {
+        if (stringPending_ && !colonFollows) {
+            ++values_;
+        }
+        stringPending_ = false;
+    }
+
+    void skipString(const std::string& text) {
+        for (++at_; at_ < text.size() && text[at_] != '"'; ++at_) {
+            if (text[at_] == '\\') {
+                ++at_;
+            }
+        }
+    }
+
+    void skipComment(const std::string& text) {
+        const bool block = text[at_ + 1] == '*';
+        const std::string::size_type end = block ? text.find("*/", at_ + 2) : text.find('\n', at_);
+        at_ = end == std::string::npos ? text.size() : end + (block ? 1 : 0);
+    }
+
+    std::string::size_type at_ = 0;
+    long long values_ = 0;
+    bool inScalar_ = false;
+    bool stringPending_ = false;
+};
+
+// Refuses, before the parser builds anything, a text whose values would take more memory
+// than the limit allows for.
+bool fewEnoughValues(const std::string& path, const std::string& text, long long limit) {
+    const long long values = ValueCounter().count(text);
+    if (values <= limit) {
+        return true;
+    }
+    Logger::log(Logger::logError, "ERR::path '%s' holds too many values (%lld values, limit %lld)",
+                path.c_str(), values, limit);
+    return false;
+}
+
 // Parses with jsoncpp's default settings, where the text lies: Json::parseFromStream would copy
 // it into a stream and out again before handing it to the same reader, with the same result
 // and the same error text. jsoncpp throws instead of reporting for some documents (nested
@@ -309,12 +461,16 @@ bool parseText(const std::string& text, Json::Value& parsed, std::string& errors
 }  // namespace
 
 int FileMgr::loadFileContent(const std::string& path, std::string& content) {
+    return loadFileContent(path, content, kDefaultLimits);
+}
+
+int FileMgr::loadFileContent(const std::string& path, std::string& content, const Limits& limits) {
     const int fd = openForReading(path);
     if (fd < 0) {
         Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
         return kErrOpenRead;
     }
-    const off_t size = loadableSize(path, fd);
+    const off_t size = loadableSize(path, fd, limits.maxFileSize);
     if (size < 0) {
         ::close(fd);
         return kErrOpenRead;
@@ -336,8 +492,15 @@ int FileMgr::loadFileContent(const std::string& path, std::string& content) {
 }
 
 int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
+    return loadLocalCfg(path, root, kDefaultLimits);
+}
+
+int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root, const Limits& limits) {
     std::string text;
-    const int result = loadFileContent(path, text);
+    int result = loadFileContent(path, text, limits);
+    if (result == kOk && !fewEnoughValues(path, text, limits.maxValues)) {
+        result = kErrOpenRead;
+    }
     if (result < 0) {
         Logger::log(Logger::logError, "ERR::CHK(%s)::%d Error Code %d", kLoadCheck.signature,
                     kLoadCheck.line, result);
@@ -358,19 +521,19 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
 }
 
 int FileMgr::storeLocalCfg(const std::string& path, const Json::Value& root) {
-    std::ofstream out(path, std::ios::out);
-    if (!out.is_open()) {
-        logSaveFailure("open file", path, errno);
+    int err = 0;
+    const int fd = openForReplacing(path, err);
+    if (fd < 0) {
+        logSaveFailure("open file", path, err);
         return kErrOpenWrite;
     }
-    out << root.toStyledString();
-    out.flush();
-    if (!out.good()) {
-        logSaveFailure("write file", path, errno);
-        out.close();
+    err = writeAll(fd, root.toStyledString());
+    if (err != 0) {
+        logSaveFailure("write file", path, err);
+        ::close(fd);
         return kErrWrite;
     }
-    out.close();
+    ::close(fd);  // the text is the file's by now; a failed close changes nothing of it
     return kOk;
 }
 
@@ -391,6 +554,8 @@ int FileMgr::storeLocalCfgDurable(const std::string& path, const Json::Value& ro
     }
     if (target.exists) {
         takeOver(target, fd);
+    } else {
+        takeNewFileMode(fd);
     }
 
     int err = writeDurably(fd, text);

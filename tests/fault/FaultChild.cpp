@@ -7,7 +7,8 @@
 //   FileMgrFaultChild load <path>              loadLocalCfg
 //   FileMgrFaultChild crash <folder> <runs>    the crash test's runs (see crashRuns)
 //
-// Report: "result <code>", "calls <kind> <kind> ..." (the calls in order), for a load
+// Report: "result <code>", "calls <kind> <kind> ..." (the calls in order), "trail ..." (the
+// modes of created files, fchown, fchmod and writes, in order), for a load
 // "root <the value, compact>", then one "log <level> <text>" line per log line.
 #include <dlfcn.h>
 #include <signal.h>
@@ -20,9 +21,8 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <random>
+#include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -51,25 +51,112 @@ Json::Value parse(const std::string& text) {
     return root;
 }
 
-// Stores the two documents over the path in turn, forever; tells the parent through ready
-// when it has begun.
+// Stores the two documents over the path in turn, forever, documents[0] first; writes a
+// byte to progress after each store has renamed its file into place.
 [[noreturn]] void replaceForever(const std::string& path, const Json::Value (&documents)[2],
-                                 int ready) {
+                                 int progress) {
     FileMgr files;
-    const char go = 'g';
-    if (::write(ready, &go, 1) != 1) {
-        ::_exit(2);
-    }
+    const char done = 'd';
     for (unsigned round = 0;; ++round) {
         files.storeLocalCfgDurable(path, documents[round % 2]);
+        if (::write(progress, &done, 1) != 1) {
+            ::_exit(2);
+        }
     }
 }
 
-// The crash test's runs, each a forked child killed at a random moment while it replaces
-// folder/config.json with a.json and b.json in turn. After each kill one line tells what
-// was left: "<run> <a|b|torn> <other names in the folder>"; the other names are removed
-// before the next run. Forked here, so that a suite under valgrind still kills children
-// that run at full speed.
+using Clock = std::chrono::steady_clock;
+
+// Waits for the child's next finished store; false when the child is gone.
+bool nextStore(int progress) {
+    char done = 0;
+    return ::read(progress, &done, 1) == 1;
+}
+
+// Busy-waits: a sleep of a few microseconds lasts as long as the timer slack and the
+// scheduler please, which is longer than a whole store on a fast machine.
+void spinUntil(Clock::time_point moment) {
+    while (Clock::now() < moment) {
+    }
+}
+
+// Where a kill lands: after the child finished `stores` stores, `offset` into the next one.
+// Both parities of `stores` leave either document when the kill lands before the next
+// rename, and the other one after it; the offsets sweep the whole span of one store as the
+// child's own last store measured it, so kills land on both sides of a rename whatever the
+// speed of the machine, the emulator or a sanitizer.
+struct KillPlan {
+    int stores;
+    int step;  // of kSteps over the span of one store
+};
+constexpr int kSteps = 16;
+
+KillPlan planFor(int run) {
+    return {2 + run % 2, (run / 2) % kSteps};
+}
+
+// Forks a child that replaces path for ever and kills it as planned. Returns the kind of
+// document store `plan.stores` wrote (0 or 1), or -1 when the child ended by itself.
+int killOne(const std::string& path, const Json::Value (&documents)[2], KillPlan plan) {
+    int progress[2];
+    if (::pipe(progress) != 0) {
+        return -1;
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::close(progress[0]);
+        replaceForever(path, documents, progress[1]);
+    }
+    ::close(progress[1]);
+    bool alive = true;
+    Clock::time_point last = Clock::now();
+    Clock::duration span{};
+    for (int store = 0; store < plan.stores && alive; ++store) {
+        alive = nextStore(progress[0]);
+        const Clock::time_point now = Clock::now();
+        span = now - last;
+        last = now;
+    }
+    if (alive) {
+        spinUntil(last + span * plan.step / kSteps);
+    }
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ::close(progress[0]);
+    return alive ? (plan.stores - 1) % 2 : -1;
+}
+
+// What the kill left at path: "a", "b" or "torn".
+const char* leftBehind(FileMgr& files, const std::string& path, const std::string (&texts)[2]) {
+    std::string left;
+    if (files.loadFileContent(path, left) != 0) {
+        return "torn";
+    }
+    return left == texts[0] ? "a" : left == texts[1] ? "b" : "torn";
+}
+
+// Removes and names everything in the folder but the three documents: what a kill left.
+std::string removeOthers(const std::string& folder) {
+    std::string others;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "a.json" && name != "b.json" && name != "config.json") {
+            others += " " + name;
+            std::filesystem::remove(entry.path());
+        }
+    }
+    return others;
+}
+
+// The crash test's runs, each a forked child killed while it replaces folder/config.json
+// with a.json and b.json in turn. After each kill one line tells what was left:
+// "<run> <a|b|torn> <before|after> <other names in the folder>", where before means the
+// file still held what the child's last finished store wrote, so the kill landed before the
+// next rename; the other names are removed before the next run. At least `runs` kills, and
+// more until both documents have been left behind and kills landed on both sides of a
+// rename, up to ten times as many. Forked here, so that a suite under valgrind still kills
+// children that run at full speed.
 int crashRuns(const std::string& folder, int runs) {
     FileMgr files;
     std::string texts[2];
@@ -81,56 +168,22 @@ int crashRuns(const std::string& folder, int runs) {
         documents[i] = parse(texts[i]);
     }
     const std::string path = folder + "/config.json";
-    // How long one store takes here, so the kills spread over whole stores whatever the
-    // speed of the machine, the disk or a sanitizer.
-    const auto start = std::chrono::steady_clock::now();
-    for (int round = 0; round < 10; ++round) {
-        files.storeLocalCfgDurable(path, documents[1]);
-    }
-    const long perStore = std::max<long>(10, std::chrono::duration_cast<std::chrono::microseconds>(
-                                                 std::chrono::steady_clock::now() - start)
-                                                     .count() /
-                                                 10);
-    std::mt19937 random(std::random_device{}());
-    std::uniform_int_distribution<long> moment(0, 2 * perStore);
-
-    for (int run = 0; run < runs; ++run) {
-        int ready[2];
-        if (::pipe(ready) != 0) {
-            return 2;
+    std::set<std::string> seen;
+    const auto covered = [&seen] {
+        return seen.count("a") + seen.count("b") + seen.count("before") + seen.count("after") == 4;
+    };
+    for (int run = 0; run < 10 * runs; ++run) {
+        if (run >= runs && covered()) {
+            break;
         }
-        const pid_t child = ::fork();
-        if (child == 0) {
-            ::close(ready[0]);
-            replaceForever(path, documents, ready[1]);
-        }
-        ::close(ready[1]);
-        char go = 0;
-        const bool started = ::read(ready[0], &go, 1) == 1;
-        ::close(ready[0]);
-        if (started) {
-            std::this_thread::sleep_for(std::chrono::microseconds(moment(random)));
-        }
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-
-        std::string left;
-        const bool loaded = files.loadFileContent(path, left) == 0;
-        const char* which = !loaded            ? "torn"
-                            : left == texts[0] ? "a"
-                            : left == texts[1] ? "b"
-                                               : "torn";
-        // Anything else in the folder is what the kill left; the test judges it.
-        std::string others;
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            const std::string name = entry.path().filename().string();
-            if (name != "a.json" && name != "b.json" && name != "config.json") {
-                others += " " + name;
-                std::filesystem::remove(entry.path());
-            }
-        }
-        std::cout << run << " " << which << others << "\n";
+        const int wrote = killOne(path, documents, planFor(run));
+        const std::string which = leftBehind(files, path, texts);
+        const std::string side = wrote < 0                           ? "none"
+                                 : which == (wrote == 0 ? "a" : "b") ? "before"
+                                                                     : "after";
+        seen.insert(which);
+        seen.insert(side);
+        std::cout << run << " " << which << " " << side << removeOthers(folder) << "\n";
     }
     std::cout << std::flush;
     return 0;
@@ -157,9 +210,10 @@ int main(int argc, char** argv) {
     });
     const Switch arm = faultSwitch("zelct_fault_arm");
     const Switch disarm = faultSwitch("zelct_fault_disarm");
-    const auto sequence =
-        reinterpret_cast<const char* (*)()>(::dlsym(RTLD_DEFAULT, "zelct_fault_sequence"));
-    if (arm == nullptr || disarm == nullptr || sequence == nullptr) {
+    using Text = const char* (*)();
+    const auto sequence = reinterpret_cast<Text>(::dlsym(RTLD_DEFAULT, "zelct_fault_sequence"));
+    const auto trail = reinterpret_cast<Text>(::dlsym(RTLD_DEFAULT, "zelct_fault_trail"));
+    if (arm == nullptr || disarm == nullptr || sequence == nullptr || trail == nullptr) {
         std::cout << "no fault injection loaded\n";
         return 3;
     }
@@ -178,7 +232,8 @@ int main(int argc, char** argv) {
     }
     disarm();
 
-    std::string report = "result " + std::to_string(result) + "\ncalls " + sequence() + "\n";
+    std::string report =
+        "result " + std::to_string(result) + "\ncalls " + sequence() + "\ntrail " + trail() + "\n";
     if (operation == "load") {
         Json::StreamWriterBuilder writer;
         writer["indentation"] = "";

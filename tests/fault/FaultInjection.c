@@ -13,6 +13,10 @@
 //   ZELCT_FAULT_ERRNO  the errno it fails with; "short" makes a write or read move half of
 //                      what it was asked for instead
 //
+// Besides, while armed, the trail records what decides who may read a new file and when
+// text reaches it: the mode of every file created, fchown, fchmod with its mode, and every
+// write, in order (zelct_fault_trail). These calls are never failed.
+//
 // A failing close still closes the descriptor, as Linux does for every error of close.
 // Written in C and built without sanitizers, so it sits in front of any runtime's own
 // interceptors and calls on to them.
@@ -25,6 +29,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -48,6 +53,17 @@ static int folders[64];
 static int folderCount;
 
 static char sequence[4096];
+static char trail[4096];
+
+// Appends one entry to the trail, separated by a space.
+static void note(const char* what, unsigned mode, int withMode) {
+    if (!armed) {
+        return;
+    }
+    const size_t used = strlen(trail);
+    snprintf(trail + used, sizeof trail - used, withMode ? "%s%s %04o" : "%s%s",
+             used > 0 ? " " : "", what, mode);
+}
 
 void zelct_fault_arm(void) {
     const char* call = getenv("ZELCT_FAULT_CALL");
@@ -65,6 +81,7 @@ void zelct_fault_arm(void) {
     memset(counts, 0, sizeof counts);
     folderCount = 0;
     sequence[0] = '\0';
+    trail[0] = '\0';
     armed = 1;
 }
 
@@ -85,6 +102,11 @@ long zelct_fault_count(const char* name) {
 // Every call made while armed, in order, as kind names separated by spaces.
 const char* zelct_fault_sequence(void) {
     return sequence;
+}
+
+// The trail of calls made while armed: "create 0600 fchown fchmod 0640 write ...".
+const char* zelct_fault_trail(void) {
+    return trail;
 }
 
 static enum Strike strike(enum Kind kind) {
@@ -148,6 +170,9 @@ static enum Kind openKind(int flags) {
         if (strike(openKind(flags)) != kGoOn) {       \
             return -1;                                \
         }                                             \
+        if (flags & O_CREAT) {                        \
+            note("create", mode, 1);                  \
+        }                                             \
         const int fd = NEXT(name)(path, flags, mode); \
         noteFolder(fd, flags);                        \
         return fd;                                    \
@@ -161,6 +186,9 @@ static enum Kind openKind(int flags) {
         va_end(args);                                     \
         if (strike(openKind(flags)) != kGoOn) {           \
             return -1;                                    \
+        }                                                 \
+        if (flags & O_CREAT) {                            \
+            note("create", mode, 1);                      \
         }                                                 \
         const int fd = NEXT(name)(at, path, flags, mode); \
         noteFolder(fd, flags);                            \
@@ -180,7 +208,18 @@ FILE* fopen64(const char* path, const char* mode) {
     return strike(kOpen) != kGoOn ? NULL : NEXT(fopen64)(path, mode);
 }
 
+int fchown(int fd, uid_t owner, gid_t group) {
+    note("fchown", 0, 0);
+    return NEXT(fchown)(fd, owner, group);
+}
+
+int fchmod(int fd, mode_t mode) {
+    note("fchmod", mode, 1);
+    return NEXT(fchmod)(fd, mode);
+}
+
 ssize_t write(int fd, const void* data, size_t size) {
+    note("write", 0, 0);
     switch (strike(kWrite)) {
         case kFail:
             return -1;
@@ -192,6 +231,7 @@ ssize_t write(int fd, const void* data, size_t size) {
 }
 
 ssize_t writev(int fd, const struct iovec* parts, int count) {
+    note("write", 0, 0);
     switch (strike(kWrite)) {
         case kFail:
             return -1;
