@@ -34,10 +34,12 @@ public:
     static constexpr int kMaxFileSize = 100 * 1024 * 1024;
 
     // The most JSON values (objects, arrays, member values, elements) a loaded text may hold.
-    // Parsed, each value costs jsoncpp some 50 bytes on the 32-bit board and 100 on a 64-bit
-    // host, and reading a record adds members of its own, so memory follows the number of
-    // values, not the file's size: 100 MiB of "[{},{},...]" would take gigabytes. The count
-    // is taken by a scan of the text before anything is parsed.
+    // Memory follows the number of values, not the file's size: parsed, each value costs
+    // jsoncpp up to about 90 bytes on the 32-bit board (160 on a 64-bit host), so 100 MiB of
+    // "[{},{},...]" would take gigabytes. At this limit a load stays under about 90 MB on the
+    // board; the largest channel tables in use (16 tables of 512 rows) hold about 280,000
+    // values. A daemon with less memory to spare passes Limits of its own. The count is taken
+    // by a scan of the text before anything is parsed.
     static constexpr int kMaxValues = 1000000;
 
     // What a load accepts, for a daemon that wants other bounds than the defaults.

@@ -3,7 +3,7 @@
 # runs as its own process on the same file, three times, and the medians of wall time and peak
 # resident memory are compared. Documents: channel tables of 2,000 and 20,000 rows, clean,
 # with 5 traps, with a trap in every row and with a distinct unknown member in every row; and
-# an array of 1,000,000 numbers where channel tables are expected, against normalize of a
+# an array of 900,000 numbers (within the file store's million values) where channel tables are expected, against normalize of a
 # clean channel-tables file as large. Prints a Markdown table, the target being 3x. Takes a
 # few minutes.
 #

@@ -245,8 +245,8 @@ std::string asUnprivileged(What what) {
             ::_exit(3);
         }
         const std::string text = what();
-        const bool sent = ::write(channel[1], text.data(), text.size()) ==
-                          static_cast<ssize_t>(text.size());
+        const bool sent =
+            ::write(channel[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
         ::_exit(sent ? 0 : 4);
     }
     ::close(channel[1]);
