@@ -24,7 +24,10 @@ ensure_packages() {
 
 # The packages every build of the project needs.
 BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
-               clang-format libcli11-dev python3 python3-jsonschema)
+               clang-format libcli11-dev python3 python3-jsonschema help2man)
+
+# What checking the Debian packages adds: Debian's package checker, and dpkg-shlibdeps.
+PACKAGING_PACKAGES=(lintian dpkg-dev)
 
 # What the robustness stages add: valgrind's memcheck, clang with libFuzzer and the sanitizer
 # runtimes for the fuzz targets.

@@ -10,9 +10,47 @@ build=build/$preset
 if [ "$preset" = armhf ]; then arch=arm-linux-gnueabihf; debarch=armhf
 else arch=$(gcc -print-multiarch); debarch=$(dpkg --print-architecture); fi
 
-rm -f "$build"/*.deb
+# What CPack leaves as Debian would not: the library calls ldconfig from postinst and postrm
+# where Debian's libraries activate the ldconfig trigger, and a -dbgsym package lists its
+# files in md5sums under the build folder's path and has no documentation folder (Debian's
+# point to the package whose symbols they hold). Each package is rebuilt with that mended.
+finish_package() {
+    local deb=$1 dir name
+    dir=$(mktemp -d)
+    dpkg-deb -R "$deb" "$dir"
+    name=$(dpkg-deb -f "$deb" Package)
+    case "$name" in
+        libzelcommontypes1)
+            rm -f "$dir/DEBIAN/postinst" "$dir/DEBIAN/postrm"
+            install -m 0644 packaging/triggers "$dir/DEBIAN/triggers"
+            ;;
+        *-dbgsym)
+            mkdir -p "$dir/usr/share/doc"
+            ln -s "${name%-dbgsym}" "$dir/usr/share/doc/$name"
+            ;;
+    esac
+    (cd "$dir" && find . -path ./DEBIAN -prune -o -type f -printf '%P\0' | LC_ALL=C sort -z |
+        xargs -0 md5sum >DEBIAN/md5sums)
+    dpkg-deb --root-owner-group -Zxz --build "$dir" "$deb" >/dev/null
+    rm -rf "$dir"
+}
+
+rm -f "$build"/*.deb "$build"/*.ddeb
 (cd "$build" && cpack -G DEB >/dev/null)
+for deb in "$build"/*.deb "$build"/*.ddeb; do
+    finish_package "$deb"
+done
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+
+# Debian's package checker: no error and no warning on any package, debug symbols included.
+# (It also says that it runs as root, in CI: that is no finding.)
+if ! findings=$(lintian --fail-on error,warning --tag-display-limit 0 "$build"/*.deb \
+    "$build"/*.ddeb 2>&1); then
+    grep -v '^running with root privileges' <<<"$findings"
+    echo "lintian: the findings above"
+    exit 1
+fi
+echo "-- lintian: no error and no warning on $(ls "$build"/*.deb "$build"/*.ddeb | wc -l) packages"
 
 # Each package must hold exactly its share of the installed tree.
 expect() {  # package, then the paths it must contain
@@ -41,16 +79,27 @@ for file in "$build"/share/zelCommonTypes/schemas/*.schema.json; do
     [ -f "$file" ] && schemas+=("usr/share/zelCommonTypes/schemas/$(basename "$file")")
 done
 [ ${#schemas[@]} -gt 0 ] || { echo "the build wrote no schemas"; exit 1; }
-expect libzelcommontypes1 "usr/lib/$arch/libzelCommonTypes.so.1" "usr/lib/$arch/libzelCommonTypes.so.1.0.0"
+doc() {  # package: its copyright file and changelog
+    echo "usr/share/doc/$1/copyright" "usr/share/doc/$1/changelog.gz"
+}
+expect libzelcommontypes1 "usr/lib/$arch/libzelCommonTypes.so.1" "usr/lib/$arch/libzelCommonTypes.so.1.0.0" \
+    $(doc libzelcommontypes1)
 refuse libzelcommontypes1 "usr/include" "libzelCommonTypes.so$" "usr/bin"
 expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/include/zelCommonTypes/zelCommonTypes.h" "usr/include/zelCommonTypes/FileMgr.h" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfig.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfigVersion.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
-    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}"
+    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" $(doc libzelcommontypes-dev)
 refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin"
-expect zelct "usr/bin/zelct"
+expect zelct "usr/bin/zelct" "usr/share/man/man1/zelct.1.gz" $(doc zelct)
+# The debug symbols, by build-id, beside the stripped binaries.
+for name in libzelcommontypes1 zelct; do
+    ddeb="$build/${name}-dbgsym_${version}_${debarch}.ddeb"
+    grep -q '/usr/lib/debug/.build-id/.*\.debug$' <<<"$(dpkg-deb -c "$ddeb")" ||
+        { echo "$ddeb holds no debug symbols"; exit 1; }
+    echo "-- $(basename "$ddeb"): $(dpkg-deb -f "$ddeb" Build-Ids)"
+done
 
 if [ "$preset" = armhf ]; then
     root=$(mktemp -d)

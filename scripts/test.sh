@@ -70,7 +70,7 @@ wanted() {
 }
 
 stage "dependencies"
-ensure_packages "${BASE_PACKAGES[@]}" "${ROBUSTNESS_PACKAGES[@]}"
+ensure_packages "${BASE_PACKAGES[@]}" "${ROBUSTNESS_PACKAGES[@]}" "${PACKAGING_PACKAGES[@]}"
 ensure_armhf
 
 if wanted format; then
