@@ -13,7 +13,8 @@ else arch=$(gcc -print-multiarch); debarch=$(dpkg --print-architecture); fi
 # What CPack leaves as Debian would not: the library calls ldconfig from postinst and postrm
 # where Debian's libraries activate the ldconfig trigger, and a -dbgsym package lists its
 # files in md5sums under the build folder's path and has no documentation folder (Debian's
-# point to the package whose symbols they hold). Each package is rebuilt with that mended.
+# point to the package whose symbols they hold), and CPack's installed sizes count the
+# binaries before they were stripped. Each package is rebuilt with that mended.
 finish_package() {
     local deb=$1 dir name
     dir=$(mktemp -d)
@@ -29,6 +30,12 @@ finish_package() {
             ln -s "${name%-dbgsym}" "$dir/usr/share/doc/$name"
             ;;
     esac
+    # The installed size anew from what the package holds now, counted as dpkg-gencontrol
+    # does: KiB of each file rounded up, and one for every other entry.
+    local size
+    size=$(cd "$dir" && find . -path ./DEBIAN -prune -o ! -path . -printf '%y %s\n' |
+        awk '{ total += ($1 == "f") ? int(($2 + 1023) / 1024) : 1 } END { print total }')
+    sed -i "s/^Installed-Size:.*/Installed-Size: $size/" "$dir/DEBIAN/control"
     (cd "$dir" && find . -path ./DEBIAN -prune -o -type f -printf '%P\0' | LC_ALL=C sort -z |
         xargs -0 md5sum >DEBIAN/md5sums)
     dpkg-deb --root-owner-group -Zxz --build "$dir" "$deb" >/dev/null
