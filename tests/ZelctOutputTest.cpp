@@ -98,6 +98,29 @@ TEST(ZelctSafeText, JsonStringsAndNamesAreMadeValidUtf8) {
     EXPECT_FALSE(valid.isMember("na\xffme"));
 }
 
+TEST(ZelctSafeText, ARawByteAndTheTextThatNamesItStayApart) {
+    EXPECT_EQ(validUtf8("\xff"), "\\xff");
+    EXPECT_EQ(validUtf8("\\xff"), "\\\\xff");
+    EXPECT_EQ(validUtf8("a\\b"), "a\\\\b");
+    Json::Value value(Json::objectValue);
+    value["\xff"] = 1;
+    value["\\xff"] = 2;
+    const Json::Value valid = withValidUtf8(value);
+    ASSERT_EQ(valid.size(), 2u);
+    EXPECT_EQ(valid["\\xff"].asInt(), 1);
+    EXPECT_EQ(valid["\\\\xff"].asInt(), 2);
+}
+
+TEST(ZelctJsonText, CommentsReadWithAValueAreNeverWrittenWithIt) {
+    const Json::Value read =
+        parsed("[ /* lead */ {\"id\": 1, \"x\": {\"y\": 1 /* inner */ } } // tail\n ]");
+    const std::string written = indentedJson(read);
+    EXPECT_EQ(written.find("/*"), std::string::npos) << written;
+    EXPECT_EQ(written.find("//"), std::string::npos) << written;
+    EXPECT_EQ(written,
+              "[\n  {\n    \"id\" : 1,\n    \"x\" : \n    {\n      \"y\" : 1\n    }\n  }\n]\n");
+}
+
 // ---- printers ----
 
 TEST(ZelctPrinter, TextNamesTheFileLineAndColumnOfEachFinding) {
@@ -146,6 +169,47 @@ TEST(ZelctPrinter, JsonCarriesPositionsAsNumbersAndFileNamesAsValidUtf8) {
     EXPECT_EQ(report[0]["findings"][0]["line"].asInt(), 7);
     EXPECT_EQ(report[0]["findings"][0]["column"].asInt(), 3);
     EXPECT_EQ(report[0]["findings"][0]["path"].asString(), "/name");
+}
+
+TEST(ZelctPrinter, MachineFormatsQuoteACommentedValueWithoutItsComments) {
+    const Json::Value read = parsed("{\"y\": 1 /* inner */, \"z\": [2 // tail\n]}");
+    for (const Format format : {Format::Json, Format::Sarif}) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const std::unique_ptr<Printer> printer = makePrinter(format, out, err);
+        Outcome outcome;
+        outcome.status = Outcome::Status::Findings;
+        outcome.findings = {droppedAt("x", 1, 2)};
+        outcome.findings[0].original = read;
+        printer->checked("c.json", *findKind("sfp"), outcome);
+        EXPECT_EQ(printer->finish(1), 1);
+        EXPECT_EQ(out.str().find("inner"), std::string::npos) << out.str();
+        EXPECT_EQ(out.str().find("tail"), std::string::npos) << out.str();
+        const Json::Value report = parsed(out.str());
+        const Json::Value& original =
+            format == Format::Json ? report[0]["findings"][0]["original"]
+                                   : report["runs"][0]["results"][0]["properties"]["original"];
+        EXPECT_EQ(original["y"].asInt(), 1);
+        EXPECT_EQ(original["z"][0].asInt(), 2);
+    }
+}
+
+TEST(ZelctPrinter, JsonKeepsMembersApartThatOnlyDifferInARawByte) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt("x", 1, 2)};
+    outcome.findings[0].original = Json::Value(Json::objectValue);
+    outcome.findings[0].original["\xff"] = 1;
+    outcome.findings[0].original["\\xff"] = 2;
+    printer->checked("c.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    const Json::Value original = parsed(out.str())[0]["findings"][0]["original"];
+    ASSERT_EQ(original.size(), 2u);
+    EXPECT_EQ(original["\\xff"].asInt(), 1);
+    EXPECT_EQ(original["\\\\xff"].asInt(), 2);
 }
 
 TEST(ZelctPrinter, JsonReportsAProblemAsAnObjectWithTheExitCode) {

@@ -51,14 +51,15 @@ std::string annotation(const char* command, const std::string& file, int line, i
                        const std::string& title, const std::string& message) {
     std::string properties;
     if (!file.empty()) {
-        properties += "file=" + escapedProperty(validUtf8(file));
+        properties += "file=" + escapedProperty(escapedForTerminal(file));
         if (line > 0) {
             properties += ",line=" + std::to_string(line) + ",col=" + std::to_string(column);
         }
         properties += ",";
     }
     properties += "title=" + escapedProperty(title);
-    return std::string("::") + command + " " + properties + "::" + escapedData(validUtf8(message));
+    return std::string("::") + command + " " + properties +
+           "::" + escapedData(escapedForTerminal(message));
 }
 
 class GithubPrinter : public Printer {
