@@ -212,6 +212,63 @@ TEST(ZelctPrinter, JsonKeepsMembersApartThatOnlyDifferInARawByte) {
     EXPECT_EQ(original["\\\\xff"].asInt(), 2);
 }
 
+// ---- workflow commands ----
+
+namespace {
+
+// Every line of the text, without its newline.
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+}  // namespace
+
+TEST(ZelctGithub, AFileNameNeverStartsALineOfItsOwn) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Outcome exact;
+    exact.status = Outcome::Status::Exact;
+    printer->checked("::error file=README.md,line=1,title=FORGED::y.json", *findKind("sfp"), exact);
+    Outcome unusable;
+    unusable.status = Outcome::Status::Unusable;
+    unusable.problem = "cannot load";
+    printer->checked("\xe3\x80\x80::add-mask::x.json", *findKind("sfp"), unusable);
+    printer->problem({" ::stop-commands::t", 0, 0, "cannot store ##[add-mask]x", 2});
+    EXPECT_EQ(printer->finish(2), 2);
+    EXPECT_EQ(
+        linesOf(out.str()),
+        (std::vector<std::string>{
+            "\\x3a:error file=README.md,line=1,title=FORGED::y.json: understood exactly",
+            "::error file=\xe3\x80\x80%3A%3Aadd-mask%3A%3Ax.json,title=zelct sfp%3A "
+            "unusable::cannot load",
+            "::error file= %3A%3Astop-commands%3A%3At,title=zelct::cannot store ##[add-mask]x",
+        }));
+    EXPECT_EQ(linesOf(err.str()), (std::vector<std::string>{
+                                      "\xe3\x80\x80\\x3a:add-mask::x.json: cannot load",
+                                      " \\x3a:stop-commands::t: cannot store ##\\x5badd-mask]x",
+                                  }));
+}
+
+TEST(ZelctGithub, AnnotationsEscapeControlBytesAndTheCommandsOwnCharacters) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt(std::string("a\x1b[2J\x07\0%\r\nb", 11), 3, 4)};
+    printer->checked("d,e:f%.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    EXPECT_EQ(out.str(),
+              "::warning file=d%2Ce%3Af%25.json,line=3,col=4,title=zelct sfp%3A dropped::"
+              "/a\\x1b[2J\\x07\\x00%25\\r\\nb: dropped (never read)\n");
+}
+
 TEST(ZelctPrinter, JsonReportsAProblemAsAnObjectWithTheExitCode) {
     std::ostringstream out;
     std::ostringstream err;

@@ -14,6 +14,7 @@ The tool may be a command line with its words separated by "|" (an emulator in f
 import glob
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -28,6 +29,9 @@ COMMENTED = [
     b'{"a": {"b": [1, /* two */ 2.5, "c" /* end */]}, "d": null /* n */, "e": true} // t',
     # Members whose names come out alike if a raw byte and its escape are not kept apart.
     b'{"\xff": 1, "\\\\xff": 2, "x\\\\": "\\\\", "x\\u005c": 3}',
+    # Names and texts that would start a workflow command, or carry control characters.
+    b'{"::error file=a.json::forged": 1, "##[add-mask]x": "\\u001b[2J##[stop-commands]t",'
+    b' "\\u3000::warning::w": "\\u0007\\u0000\\u0085", "\\u00a0::notice::n": 2}',
 ]
 
 
@@ -90,6 +94,12 @@ def variants(paths, folder):
         written.append(os.path.join(folder, f"commented-{index}.json"))
         with open(written[-1], "wb") as out:
             out.write(data)
+    # File names that would start a workflow command where they begin a line, given relative
+    # to the folder the tool runs in.
+    for name in ("::error file=README.md,line=1,title=FORGED::y.json", "\u3000::add-mask::x.json"):
+        with open(os.path.join(folder, name), "wb") as out:
+            out.write(COMMENTED[0])
+        written.append(name)
     for index, path in enumerate(paths):
         try:
             with open(path, "rb") as document:
@@ -115,6 +125,24 @@ def plain_text_problems(stream, data):
     return [f"{stream} line {number}: control character in {line!r}"
             for number, line in enumerate(text.split("\n"), 1)
             if any(ord(c) < 0x20 or 0x7F <= ord(c) < 0xA0 for c in line)]
+
+
+# What the runner of GitHub workflows trims before it looks for "::" (.NET's white space).
+RUNNER_SPACE = "".join(map(chr, [*range(0x09, 0x0E), 0x20, 0x85, 0xA0, 0x1680, *range(0x2000, 0x200B),
+                                 0x2028, 0x2029, 0x202F, 0x205F, 0x3000]))
+OWN_COMMAND = re.compile(r"^::(warning|error) (file=[^,:]*,(line=\d+,col=\d+,)?)?title=[^:]*::")
+
+
+def workflow_problems(stream, data):
+    """Lines the runner would take for a command that is not zelct's own annotation: "::" at
+    the start after white space, or the older "##[" anywhere."""
+    problems = []
+    for number, line in enumerate(data.decode("utf-8", "replace").split("\n"), 1):
+        if OWN_COMMAND.match(line):
+            continue
+        if line.lstrip(RUNNER_SPACE).startswith("::") or "##[" in line:
+            problems.append(f"{stream} line {number} reads as a workflow command: {line!r}")
+    return problems
 
 
 def machine_problems(format_name, data, files, exit_code):
@@ -154,6 +182,9 @@ def check(tool, kind, option, files, cwd):
     else:
         problems += plain_text_problems("standard output", result.stdout)
     problems += plain_text_problems("standard error", result.stderr)
+    if format_name == "github":
+        problems += workflow_problems("standard output", result.stdout)
+        problems += workflow_problems("standard error", result.stderr)
     return [f"check {' '.join(option)} {kind}: {problem}" for problem in problems]
 
 
@@ -161,14 +192,14 @@ def main():
     # The fuzz corpora nest a thousand deep, and findings quote what they nest.
     sys.setrecursionlimit(20000)
     tool = sys.argv[1].split("|")
-    source = sys.argv[2]
+    source = os.path.abspath(sys.argv[2])
     paths = documents(source)
     failures = []
     with tempfile.TemporaryDirectory() as folder:
         files = paths + variants(paths, folder)
         for kind in kinds(tool):
             for option in FORMATS:
-                failures += check(tool, kind, option, files, source)
+                failures += check(tool, kind, option, files, folder)
         print(f"{len(files)} documents ({len(files) - len(paths)} commented) checked as "
               f"{len(kinds(tool))} kinds in {len(FORMATS)} formats")
     for failure in failures:
