@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -210,6 +212,79 @@ TEST(ZelctPrinter, JsonKeepsMembersApartThatOnlyDifferInARawByte) {
     ASSERT_EQ(original.size(), 2u);
     EXPECT_EQ(original["\\xff"].asInt(), 1);
     EXPECT_EQ(original["\\\\xff"].asInt(), 2);
+}
+
+// ---- SARIF ----
+
+namespace {
+
+// The SARIF log of checking the files as the kind.
+Json::Value sarifOf(const Kind& kind, const std::vector<std::string>& files) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Sarif, out, err);
+    for (const std::string& file : files) {
+        printer->checked(file, kind, checkFile(kind, file, true));
+    }
+    printer->finish(1);
+    return parsed(out.str());
+}
+
+}  // namespace
+
+TEST(ZelctSarif, ColumnsCountCodePointsAsTheRunDeclares) {
+    TempDir dir;
+    // "é" is two bytes and one UTF-16 unit, "𝄞" four bytes and two UTF-16 units: "extra"
+    // starts at code point 18 of its line, byte 21, UTF-16 unit 19.
+    std::ofstream(dir.file("sfp.json"))
+        << "{\"vendor\": \"\xc3\xa9\xf0\x9d\x84\x9e\", \"extra\": 1}";
+    const Json::Value run = sarifOf(*findKind("sfp"), {dir.file("sfp.json")})["runs"][0];
+    EXPECT_EQ(run["columnKind"].asString(), "unicodeCodePoints");
+    bool found = false;
+    for (const Json::Value& result : run["results"]) {
+        if (result["properties"]["path"].asString() == "/extra") {
+            const Json::Value& region = result["locations"][0]["physicalLocation"]["region"];
+            EXPECT_EQ(region["startLine"].asInt(), 1);
+            EXPECT_EQ(region["startColumn"].asInt(), 18);
+            found = true;
+        }
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST(ZelctSarif, EveryResultHasARegionTheFirstLineWhenThePlaceIsUnknown) {
+    TempDir dir;
+    const Json::Value run = sarifOf(*findKind("sfp"), {dir.file("missing.json")})["runs"][0];
+    ASSERT_EQ(run["results"].size(), 1u);
+    const Json::Value& region = run["results"][0]["locations"][0]["physicalLocation"]["region"];
+    EXPECT_EQ(region["startLine"].asInt(), 1);
+    EXPECT_FALSE(region.isMember("startColumn"));
+}
+
+TEST(ZelctSarif, TheDriverSaysItsVersionAndWhereItIsDescribed) {
+    const Json::Value driver = sarifOf(*findKind("sfp"), {})["runs"][0]["tool"]["driver"];
+    EXPECT_EQ(driver["name"].asString(), "zelct");
+    EXPECT_EQ(driver["version"].asString(), ZELCT_VERSION);
+    EXPECT_EQ(driver["semanticVersion"].asString(), ZELCT_VERSION);
+    EXPECT_EQ(driver["informationUri"].asString(), "https://zel.invalid/zelCommonTypes/");
+}
+
+TEST(ZelctSarif, RulesAreNamedOtherwiseThanTheirIds) {
+    const Json::Value rules = sarifOf(*findKind("sfp"), {})["runs"][0]["tool"]["driver"]["rules"];
+    ASSERT_EQ(rules.size(), 12u);
+    EXPECT_EQ(rules[0]["id"].asString(), "dropped");
+    EXPECT_EQ(rules[0]["name"].asString(), "MemberNeverRead");
+    EXPECT_EQ(rules[11]["id"].asString(), "unusable");
+    EXPECT_EQ(rules[11]["name"].asString(), "FileNotUsable");
+    for (const Json::Value& rule : rules) {
+        std::string id = rule["id"].asString();
+        std::string name = rule["name"].asString();
+        for (std::string* text : {&id, &name}) {
+            text->erase(std::remove(text->begin(), text->end(), '-'), text->end());
+            std::transform(text->begin(), text->end(), text->begin(), ::tolower);
+        }
+        EXPECT_NE(id, name) << rule["id"].asString();
+    }
 }
 
 // ---- workflow commands ----

@@ -156,7 +156,8 @@ def sarif_problems(log, report, code):
         want = {
             "rule": item["finding"] if what == "finding" else "unusable",
             "file": raw_name(file),
-            "line": item.get("line"), "column": item.get("column"),
+            # A result always has a region: the first line where the place is unknown.
+            "line": item.get("line", 1), "column": item.get("column"),
             "level": "warning" if what == "finding" else "error",
         }
         want["rule index"] = want["rule"]
