@@ -330,6 +330,36 @@ TEST(ZelctGithub, AFileNameNeverStartsALineOfItsOwn) {
                                   }));
 }
 
+TEST(ZelctGithub, TheLibrarysLinesAreMadeInertWhileThePrinterLives) {
+    const std::vector<LogLine> lines = {
+        {Logger::logError, "ERR::Unknown video format '##[add-mask]x'"}};
+    {
+        std::ostringstream out;
+        std::ostringstream err;
+        const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+        testing::internal::CaptureStderr();
+        showLog(lines);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "ERR::Unknown video format '##\\x5badd-mask]x'\n");
+    }
+    testing::internal::CaptureStderr();
+    showLog(lines);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "ERR::Unknown video format '##[add-mask]x'\n");
+}
+
+TEST(ZelctGithub, ADocumentKeepsItsMeaningWhileNoLineOfItReadsAsACommand) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Json::Value document(Json::objectValue);
+    document["vendor-name"] = "##[add-mask]s\tt";
+    printer->document(document, document.toStyledString());
+    EXPECT_EQ(printer->finish(0), 0);
+    EXPECT_EQ(out.str().find("##["), std::string::npos) << out.str();
+    EXPECT_EQ(parsed(out.str())["vendor-name"].asString(), "##[add-mask]s\tt");
+}
+
 TEST(ZelctGithub, AnnotationsEscapeControlBytesAndTheCommandsOwnCharacters) {
     std::ostringstream out;
     std::ostringstream err;

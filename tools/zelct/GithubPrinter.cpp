@@ -88,13 +88,25 @@ size_t leadingSpace(const std::string& text) {
 // An escaped line that the runner cannot take for a command: "::" at its start, after white
 // space, and the older "##[" anywhere in it, which the runner still obeys, have their
 // colon and bracket written as the escapes \x3a and \x5b.
-std::string inert(std::string line) {
+std::string inert(const std::string& text) {
+    std::string line = text;
     const size_t start = leadingSpace(line);
     if (line.compare(start, 2, "::") == 0) {
         line.replace(start, 1, "\\x3a");
     }
     for (size_t at = line.find("##["); at != std::string::npos; at = line.find("##[", at)) {
         line.replace(at + 2, 1, "\\x5b");
+    }
+    return line;
+}
+
+// A line of a JSON document made inert: "##[" can only stand in a string there, where "[" is
+// written as the JSON escape \u005b so that the document still reads the same; no line of
+// an indented document starts with "::".
+std::string inertJson(const std::string& text) {
+    std::string line = text;
+    for (size_t at = line.find("##["); at != std::string::npos; at = line.find("##[", at)) {
+        line.replace(at + 2, 1, "\\u005b");
     }
     return line;
 }
@@ -118,8 +130,15 @@ std::string annotation(const char* command, const std::string& file, int line, i
 
 class GithubPrinter : public Printer {
 public:
+    // The library's lines quote documents; while this printer lives they go out as inert as
+    // the tool's own, whichever way they reach standard error.
     GithubPrinter(std::ostream& out, std::ostream& err)
-        : Printer(out, err), text_(makeTextPrinter(textOut_, err)) {}
+        : Printer(out, err), text_(makeTextPrinter(textOut_, err)) {
+        setShownLineFilter(&inert);
+    }
+    ~GithubPrinter() override { setShownLineFilter(nullptr); }
+    GithubPrinter(const GithubPrinter&) = delete;
+    GithubPrinter& operator=(const GithubPrinter&) = delete;
 
     void checked(const std::string& file, const Kind& kind, const Outcome& outcome) override {
         libraryLog(outcome.log);
@@ -150,12 +169,12 @@ public:
 
     void result(const Json::Value& json, const std::string& text) override {
         text_->result(json, text);
-        passText();
+        passText(&inert);
     }
 
     void document(const Json::Value& json, const std::string& styled) override {
         text_->document(json, styled);
-        passText();
+        passText(&inertJson);
     }
 
     void problem(const Problem& problem) override {
@@ -165,23 +184,14 @@ public:
              << '\n';
     }
 
-    // The library quotes documents in its lines; they go out as inert as the tool's own.
-    void libraryLog(const std::vector<LogLine>& lines) override {
-        std::vector<LogLine> inertLines = lines;
-        for (LogLine& line : inertLines) {
-            line.text = inert(line.text);
-        }
-        Printer::libraryLog(inertLines);
-    }
-
 private:
-    // Writes what the text printer wrote, line by line, escaped and made inert.
-    void passText() {
+    // Writes what the text printer wrote, already escaped, line by line through the filter.
+    void passText(std::string (*filter)(const std::string&)) {
         std::istringstream lines(textOut_.str());
         textOut_.str("");
         std::string line;
         while (std::getline(lines, line)) {
-            out_ << inert(escapedForTerminal(line)) << '\n';
+            out_ << filter(line) << '\n';
         }
     }
 
