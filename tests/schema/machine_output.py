@@ -8,7 +8,8 @@ every format of `zelct check` as every kind, and checks that what comes out can 
                                infinite number, valid UTF-8) naming every file checked
   text and --format github     valid UTF-8 without a control character, on both streams
 
-The documents are the inputs of the command-line cases, the examples and the fuzz corpora.
+The documents are the inputs of the command-line cases (the reading traps among them), the
+examples and the fuzz corpora.
 The tool may be a command line with its words separated by "|" (an emulator in front).
 """
 import glob
@@ -64,7 +65,8 @@ def strict_json(data):
 
 def documents(source):
     found = []
-    patterns = [("tests", "cli", "inputs", "*"), ("examples", "*", "*.json"),
+    patterns = [("tests", "cli", "inputs", "*"), ("tests", "cli", "*", "input.json"),
+                ("tests", "cli", "*", "stdin"), ("examples", "*", "*.json"),
                 ("fuzz", "corpus", "*", "*")]
     for pattern in patterns:
         for path in sorted(glob.glob(os.path.join(source, *pattern))):
