@@ -33,6 +33,12 @@ PACKAGING_PACKAGES=(lintian dpkg-dev)
 # runtimes for the fuzz targets.
 ROBUSTNESS_PACKAGES=(valgrind clang libclang-rt-14-dev)
 
+# npm, which installs the validators of tests/schema/package.json for the tests. A Node.js
+# that comes with its own npm (not Debian's) is kept as it is.
+ensure_npm() {
+    command -v npm >/dev/null 2>&1 || ensure_packages nodejs npm
+}
+
 stage() {
     echo
     echo "======== $* ========"

@@ -72,6 +72,7 @@ wanted() {
 stage "dependencies"
 ensure_packages "${BASE_PACKAGES[@]}" "${ROBUSTNESS_PACKAGES[@]}" "${PACKAGING_PACKAGES[@]}"
 ensure_armhf
+ensure_npm
 
 if wanted format; then
     stage "format"
@@ -82,6 +83,9 @@ if wanted native; then
     stage "native: build and test (warnings as errors)"
     cmake --preset ci >/dev/null
     cmake --build --preset ci -j "$jobs"
+    # The validators the tests run on zelct's output, from the npm registry; a failed install
+    # fails the stage rather than letting the tests skip.
+    sh tests/schema/install-validators.sh build/ci/tests/schema/validators
     ctest --preset ci -j "$jobs"
     unprivileged_suites build/ci/tests
 fi

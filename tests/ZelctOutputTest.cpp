@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -99,6 +101,29 @@ TEST(ZelctSafeText, JsonStringsAndNamesAreMadeValidUtf8) {
     EXPECT_FALSE(valid.isMember("na\xffme"));
 }
 
+TEST(ZelctSafeText, ARawByteAndTheTextThatNamesItStayApart) {
+    EXPECT_EQ(validUtf8("\xff"), "\\xff");
+    EXPECT_EQ(validUtf8("\\xff"), "\\\\xff");
+    EXPECT_EQ(validUtf8("a\\b"), "a\\\\b");
+    Json::Value value(Json::objectValue);
+    value["\xff"] = 1;
+    value["\\xff"] = 2;
+    const Json::Value valid = withValidUtf8(value);
+    ASSERT_EQ(valid.size(), 2u);
+    EXPECT_EQ(valid["\\xff"].asInt(), 1);
+    EXPECT_EQ(valid["\\\\xff"].asInt(), 2);
+}
+
+TEST(ZelctJsonText, CommentsReadWithAValueAreNeverWrittenWithIt) {
+    const Json::Value read =
+        parsed("[ /* lead */ {\"id\": 1, \"x\": {\"y\": 1 /* inner */ } } // tail\n ]");
+    const std::string written = indentedJson(read);
+    EXPECT_EQ(written.find("/*"), std::string::npos) << written;
+    EXPECT_EQ(written.find("//"), std::string::npos) << written;
+    EXPECT_EQ(written,
+              "[\n  {\n    \"id\" : 1,\n    \"x\" : \n    {\n      \"y\" : 1\n    }\n  }\n]\n");
+}
+
 // ---- printers ----
 
 TEST(ZelctPrinter, TextNamesTheFileLineAndColumnOfEachFinding) {
@@ -147,6 +172,207 @@ TEST(ZelctPrinter, JsonCarriesPositionsAsNumbersAndFileNamesAsValidUtf8) {
     EXPECT_EQ(report[0]["findings"][0]["line"].asInt(), 7);
     EXPECT_EQ(report[0]["findings"][0]["column"].asInt(), 3);
     EXPECT_EQ(report[0]["findings"][0]["path"].asString(), "/name");
+}
+
+TEST(ZelctPrinter, MachineFormatsQuoteACommentedValueWithoutItsComments) {
+    const Json::Value read = parsed("{\"y\": 1 /* inner */, \"z\": [2 // tail\n]}");
+    for (const Format format : {Format::Json, Format::Sarif}) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const std::unique_ptr<Printer> printer = makePrinter(format, out, err);
+        Outcome outcome;
+        outcome.status = Outcome::Status::Findings;
+        outcome.findings = {droppedAt("x", 1, 2)};
+        outcome.findings[0].original = read;
+        printer->checked("c.json", *findKind("sfp"), outcome);
+        EXPECT_EQ(printer->finish(1), 1);
+        EXPECT_EQ(out.str().find("inner"), std::string::npos) << out.str();
+        EXPECT_EQ(out.str().find("tail"), std::string::npos) << out.str();
+        const Json::Value report = parsed(out.str());
+        const Json::Value& original =
+            format == Format::Json ? report[0]["findings"][0]["original"]
+                                   : report["runs"][0]["results"][0]["properties"]["original"];
+        EXPECT_EQ(original["y"].asInt(), 1);
+        EXPECT_EQ(original["z"][0].asInt(), 2);
+    }
+}
+
+TEST(ZelctPrinter, JsonKeepsMembersApartThatOnlyDifferInARawByte) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt("x", 1, 2)};
+    outcome.findings[0].original = Json::Value(Json::objectValue);
+    outcome.findings[0].original["\xff"] = 1;
+    outcome.findings[0].original["\\xff"] = 2;
+    printer->checked("c.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    const Json::Value original = parsed(out.str())[0]["findings"][0]["original"];
+    ASSERT_EQ(original.size(), 2u);
+    EXPECT_EQ(original["\\xff"].asInt(), 1);
+    EXPECT_EQ(original["\\\\xff"].asInt(), 2);
+}
+
+// ---- SARIF ----
+
+namespace {
+
+// The SARIF log of checking the files as the kind.
+Json::Value sarifOf(const Kind& kind, const std::vector<std::string>& files) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Sarif, out, err);
+    for (const std::string& file : files) {
+        printer->checked(file, kind, checkFile(kind, file, true));
+    }
+    printer->finish(1);
+    return parsed(out.str());
+}
+
+}  // namespace
+
+TEST(ZelctSarif, ColumnsCountCodePointsAsTheRunDeclares) {
+    TempDir dir;
+    // "é" is two bytes and one UTF-16 unit, "𝄞" four bytes and two UTF-16 units: "extra"
+    // starts at code point 18 of its line, byte 21, UTF-16 unit 19.
+    std::ofstream(dir.file("sfp.json"))
+        << "{\"vendor\": \"\xc3\xa9\xf0\x9d\x84\x9e\", \"extra\": 1}";
+    const Json::Value run = sarifOf(*findKind("sfp"), {dir.file("sfp.json")})["runs"][0];
+    EXPECT_EQ(run["columnKind"].asString(), "unicodeCodePoints");
+    bool found = false;
+    for (const Json::Value& result : run["results"]) {
+        if (result["properties"]["path"].asString() == "/extra") {
+            const Json::Value& region = result["locations"][0]["physicalLocation"]["region"];
+            EXPECT_EQ(region["startLine"].asInt(), 1);
+            EXPECT_EQ(region["startColumn"].asInt(), 18);
+            found = true;
+        }
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST(ZelctSarif, EveryResultHasARegionTheFirstLineWhenThePlaceIsUnknown) {
+    TempDir dir;
+    const Json::Value run = sarifOf(*findKind("sfp"), {dir.file("missing.json")})["runs"][0];
+    ASSERT_EQ(run["results"].size(), 1u);
+    const Json::Value& region = run["results"][0]["locations"][0]["physicalLocation"]["region"];
+    EXPECT_EQ(region["startLine"].asInt(), 1);
+    EXPECT_FALSE(region.isMember("startColumn"));
+}
+
+TEST(ZelctSarif, TheDriverSaysItsVersionAndWhereItIsDescribed) {
+    const Json::Value driver = sarifOf(*findKind("sfp"), {})["runs"][0]["tool"]["driver"];
+    EXPECT_EQ(driver["name"].asString(), "zelct");
+    EXPECT_EQ(driver["version"].asString(), ZELCT_VERSION);
+    EXPECT_EQ(driver["semanticVersion"].asString(), ZELCT_VERSION);
+    EXPECT_EQ(driver["informationUri"].asString(), "https://zel.invalid/zelCommonTypes/");
+}
+
+TEST(ZelctSarif, RulesAreNamedOtherwiseThanTheirIds) {
+    const Json::Value rules = sarifOf(*findKind("sfp"), {})["runs"][0]["tool"]["driver"]["rules"];
+    ASSERT_EQ(rules.size(), 12u);
+    EXPECT_EQ(rules[0]["id"].asString(), "dropped");
+    EXPECT_EQ(rules[0]["name"].asString(), "MemberNeverRead");
+    EXPECT_EQ(rules[11]["id"].asString(), "unusable");
+    EXPECT_EQ(rules[11]["name"].asString(), "FileNotUsable");
+    for (const Json::Value& rule : rules) {
+        std::string id = rule["id"].asString();
+        std::string name = rule["name"].asString();
+        for (std::string* text : {&id, &name}) {
+            text->erase(std::remove(text->begin(), text->end(), '-'), text->end());
+            std::transform(text->begin(), text->end(), text->begin(), ::tolower);
+        }
+        EXPECT_NE(id, name) << rule["id"].asString();
+    }
+}
+
+// ---- workflow commands ----
+
+namespace {
+
+// Every line of the text, without its newline.
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+}  // namespace
+
+TEST(ZelctGithub, AFileNameNeverStartsALineOfItsOwn) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Outcome exact;
+    exact.status = Outcome::Status::Exact;
+    printer->checked("::error file=README.md,line=1,title=FORGED::y.json", *findKind("sfp"), exact);
+    Outcome unusable;
+    unusable.status = Outcome::Status::Unusable;
+    unusable.problem = "cannot load";
+    printer->checked("\xe3\x80\x80::add-mask::x.json", *findKind("sfp"), unusable);
+    printer->problem({" ::stop-commands::t", 0, 0, "cannot store ##[add-mask]x", 2});
+    EXPECT_EQ(printer->finish(2), 2);
+    EXPECT_EQ(
+        linesOf(out.str()),
+        (std::vector<std::string>{
+            "\\x3a:error file=README.md,line=1,title=FORGED::y.json: understood exactly",
+            "::error file=\xe3\x80\x80%3A%3Aadd-mask%3A%3Ax.json,title=zelct sfp%3A "
+            "unusable::cannot load",
+            "::error file= %3A%3Astop-commands%3A%3At,title=zelct::cannot store ##[add-mask]x",
+        }));
+    EXPECT_EQ(linesOf(err.str()), (std::vector<std::string>{
+                                      "\xe3\x80\x80\\x3a:add-mask::x.json: cannot load",
+                                      " \\x3a:stop-commands::t: cannot store ##\\x5badd-mask]x",
+                                  }));
+}
+
+TEST(ZelctGithub, TheLibrarysLinesAreMadeInertWhileThePrinterLives) {
+    const std::vector<LogLine> lines = {
+        {Logger::logError, "ERR::Unknown video format '##[add-mask]x'"}};
+    {
+        std::ostringstream out;
+        std::ostringstream err;
+        const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+        testing::internal::CaptureStderr();
+        showLog(lines);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "ERR::Unknown video format '##\\x5badd-mask]x'\n");
+    }
+    testing::internal::CaptureStderr();
+    showLog(lines);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "ERR::Unknown video format '##[add-mask]x'\n");
+}
+
+TEST(ZelctGithub, ADocumentKeepsItsMeaningWhileNoLineOfItReadsAsACommand) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Json::Value document(Json::objectValue);
+    document["vendor-name"] = "##[add-mask]s\tt";
+    printer->document(document, document.toStyledString());
+    EXPECT_EQ(printer->finish(0), 0);
+    EXPECT_EQ(out.str().find("##["), std::string::npos) << out.str();
+    EXPECT_EQ(parsed(out.str())["vendor-name"].asString(), "##[add-mask]s\tt");
+}
+
+TEST(ZelctGithub, AnnotationsEscapeControlBytesAndTheCommandsOwnCharacters) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Github, out, err);
+    Outcome outcome;
+    outcome.status = Outcome::Status::Findings;
+    outcome.findings = {droppedAt(std::string("a\x1b[2J\x07\0%\r\nb", 11), 3, 4)};
+    printer->checked("d,e:f%.json", *findKind("sfp"), outcome);
+    EXPECT_EQ(printer->finish(1), 1);
+    EXPECT_EQ(out.str(),
+              "::warning file=d%2Ce%3Af%25.json,line=3,col=4,title=zelct sfp%3A dropped::"
+              "/a\\x1b[2J\\x07\\x00%25\\r\\nb: dropped (never read)\n");
 }
 
 TEST(ZelctPrinter, JsonReportsAProblemAsAnObjectWithTheExitCode) {

@@ -2,6 +2,7 @@
 // on their own: a catalogue or reader that changes without the schema following fails here.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -243,12 +244,40 @@ TEST(ZelctSchema, AlarmTypesCarryTheCatalogue) {
 
 TEST(ZelctSchema, VideoFormatsDescribedByTheirDetails) {
     const Json::Value& format = schemaFor("video-format")["properties"]["format"];
-    ASSERT_EQ(format["enumDescriptions"].size(), format["enum"].size());
-    EXPECT_EQ(format["enumDescriptions"][0].asString(),
-              "1920 x 1080, progressive, 60 fields per second");
-    EXPECT_EQ(format["enumDescriptions"][2].asString(),
-              "1920 x 1080, interlaced, 50 fields per second");
-    EXPECT_FALSE(schemaFor("alarm")["properties"]["severity"].isMember("enumDescriptions"));
+    const std::string text = format["description"].asString();
+    EXPECT_NE(text.find("\n1080P60: 1920 x 1080, progressive, 60 fields per second\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("\n1080I50: 1920 x 1080, interlaced, 50 fields per second\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 29);
+    EXPECT_FALSE(format.isMember("enumDescriptions"));
+    EXPECT_EQ(schemaFor("alarm")["properties"]["severity"]["description"].asString().find('\n'),
+              std::string::npos);
+}
+
+// A member that a rule requires is defined beside it, as strict validators want.
+void expectRequiredDefined(const Json::Value& schema, const std::string& where) {
+    if (schema.isObject()) {
+        for (const Json::Value& name : schema["required"]) {
+            EXPECT_TRUE(schema["properties"].isMember(name.asString()))
+                << where << ": " << name.asString();
+        }
+        for (const std::string& member : schema.getMemberNames()) {
+            expectRequiredDefined(schema[member], where + "/" + member);
+        }
+    } else if (schema.isArray()) {
+        for (Json::ArrayIndex i = 0; i < schema.size(); ++i) {
+            expectRequiredDefined(schema[i], where + "/" + std::to_string(i));
+        }
+    }
+}
+
+TEST(ZelctSchema, EveryRequiredMemberIsDefinedBesideTheList) {
+    for (const zelct::Kind& kind : zelct::allKinds()) {
+        expectRequiredDefined(schemaFor(kind.name), kind.name);
+    }
 }
 
 }  // namespace

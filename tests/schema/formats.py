@@ -43,10 +43,34 @@ def json_report(tool, cli, kind, files):
     return code, json.loads(out)
 
 
+# How JSON output writes what is not valid UTF-8 text: a stray byte as \\xNN, a backslash as
+# two, so that the two never meet.
+JSON_ESCAPE = re.compile(r"\\(\\|x[89a-fA-F][0-9a-fA-F])")
+
+
 def raw_name(name):
-    """A file name as JSON writes it (a byte that is not UTF-8 as the text \\xNN) with those
-    bytes back, as surrogate escapes."""
-    return re.sub(r"\\x([89a-fA-F][0-9a-fA-F])", lambda m: chr(0xDC00 + int(m.group(1), 16)), name)
+    """A file name as JSON writes it with its bytes back, as surrogate escapes."""
+    return JSON_ESCAPE.sub(
+        lambda m: "\\" if m.group(1) == "\\" else chr(0xDC00 + int(m.group(1)[1:], 16)), name)
+
+
+def terminal_form(text):
+    """A text as JSON writes it, shown as the text format shows it: control characters and
+    stray bytes as escapes, a backslash as itself."""
+    shown = []
+    for character in raw_name(text):
+        code = ord(character)
+        if character in "\n\r\t":
+            shown.append({"\n": "\\n", "\r": "\\r", "\t": "\\t"}[character])
+        elif code < 0x20 or code == 0x7F:
+            shown.append(f"\\x{code:02x}")
+        elif 0x80 <= code < 0xA0:
+            shown.append(f"\\xc2\\x{code:02x}")
+        elif 0xDC80 <= code <= 0xDCFF:
+            shown.append(f"\\x{code - 0xDC00:02x}")
+        else:
+            shown.append(character)
+    return "".join(shown)
 
 
 def expected_items(report):
@@ -132,7 +156,8 @@ def sarif_problems(log, report, code):
         want = {
             "rule": item["finding"] if what == "finding" else "unusable",
             "file": raw_name(file),
-            "line": item.get("line"), "column": item.get("column"),
+            # A result always has a region: the first line where the place is unknown.
+            "line": item.get("line", 1), "column": item.get("column"),
             "level": "warning" if what == "finding" else "error",
         }
         want["rule index"] = want["rule"]
@@ -177,7 +202,8 @@ def check_github(tool, source):
                    annotation.group(3), annotation.group(4), unescape(annotation.group(6)))
             place = (str(item["line"]), str(item["column"])) if "line" in item else (None, None)
             message = item["text"] if kind_of == "finding" else item["error"]
-            want = ("warning" if kind_of == "finding" else "error", file) + place + (message,)
+            want = ("warning" if kind_of == "finding" else "error", terminal_form(file)) + place + \
+                (terminal_form(message),)
             if got != want:
                 failures.append(f"{what}: annotation {got}, expected {want}")
     return count, failures

@@ -1,6 +1,12 @@
 // GitHub Actions workflow commands: one annotation a finding, shown by the workflow's log and
 // on the lines of the pull request it concerns. A finding is a warning; a file that cannot be
 // used, or a problem of the command, is an error. Commands other than check print their text.
+//
+// The runner reads every line of the log as a possible command, so no file name or document
+// text may start one: a name or text is written only escaped inside zelct's own command, and
+// every other line is made inert before it is printed, on either stream.
+#include <sstream>
+
 #include "Printer.h"
 #include "SafeText.h"
 
@@ -46,31 +52,99 @@ std::string escapedProperty(const std::string& text) {
     return escaped;
 }
 
+// UTF-8 forms of the characters besides ASCII space that .NET counts as white space and the
+// runner trims before it looks for "::"; the control characters among them are escaped before.
+// clang-format off
+const char* const kWideSpaces[] = {
+    "\xc2\xa0", "\xe1\x9a\x80", "\xe2\x80\x80", "\xe2\x80\x81", "\xe2\x80\x82", "\xe2\x80\x83",
+    "\xe2\x80\x84", "\xe2\x80\x85", "\xe2\x80\x86", "\xe2\x80\x87", "\xe2\x80\x88",
+    "\xe2\x80\x89", "\xe2\x80\x8a", "\xe2\x80\xa8", "\xe2\x80\xa9", "\xe2\x80\xaf",
+    "\xe2\x81\x9f", "\xe3\x80\x80",
+};
+// clang-format on
+
+// Bytes of white space at the start of the text, as the runner trims it.
+size_t leadingSpace(const std::string& text) {
+    size_t at = 0;
+    for (bool more = true; more;) {
+        more = false;
+        if (at < text.size() && text[at] == ' ') {
+            at += 1;
+            more = true;
+            continue;
+        }
+        for (const char* space : kWideSpaces) {
+            const std::string wide(space);
+            if (text.compare(at, wide.size(), wide) == 0) {
+                at += wide.size();
+                more = true;
+                break;
+            }
+        }
+    }
+    return at;
+}
+
+// An escaped line that the runner cannot take for a command: "::" at its start, after white
+// space, and the older "##[" anywhere in it, which the runner still obeys, have their
+// colon and bracket written as the escapes \x3a and \x5b.
+std::string inert(const std::string& text) {
+    std::string line = text;
+    const size_t start = leadingSpace(line);
+    if (line.compare(start, 2, "::") == 0) {
+        line.replace(start, 1, "\\x3a");
+    }
+    for (size_t at = line.find("##["); at != std::string::npos; at = line.find("##[", at)) {
+        line.replace(at + 2, 1, "\\x5b");
+    }
+    return line;
+}
+
+// A line of a JSON document made inert: "##[" can only stand in a string there, where "[" is
+// written as the JSON escape \u005b so that the document still reads the same; no line of
+// an indented document starts with "::".
+std::string inertJson(const std::string& text) {
+    std::string line = text;
+    for (size_t at = line.find("##["); at != std::string::npos; at = line.find("##[", at)) {
+        line.replace(at + 2, 1, "\\u005b");
+    }
+    return line;
+}
+
 // "::warning file=F,line=L,col=C,title=T::message", the place left out where it is unknown.
+// Control characters and broken bytes are escaped as the text format escapes them.
 std::string annotation(const char* command, const std::string& file, int line, int column,
                        const std::string& title, const std::string& message) {
     std::string properties;
     if (!file.empty()) {
-        properties += "file=" + escapedProperty(validUtf8(file));
+        properties += "file=" + escapedProperty(escapedForTerminal(file));
         if (line > 0) {
             properties += ",line=" + std::to_string(line) + ",col=" + std::to_string(column);
         }
         properties += ",";
     }
     properties += "title=" + escapedProperty(title);
-    return std::string("::") + command + " " + properties + "::" + escapedData(validUtf8(message));
+    return std::string("::") + command + " " + properties +
+           "::" + escapedData(escapedForTerminal(message));
 }
 
 class GithubPrinter : public Printer {
 public:
+    // The library's lines quote documents; while this printer lives they go out as inert as
+    // the tool's own, whichever way they reach standard error.
     GithubPrinter(std::ostream& out, std::ostream& err)
-        : Printer(out, err), text_(makeTextPrinter(out, err)) {}
+        : Printer(out, err), text_(makeTextPrinter(textOut_, err)) {
+        setShownLineFilter(&inert);
+    }
+    ~GithubPrinter() override { setShownLineFilter(nullptr); }
+    GithubPrinter(const GithubPrinter&) = delete;
+    GithubPrinter& operator=(const GithubPrinter&) = delete;
 
     void checked(const std::string& file, const Kind& kind, const Outcome& outcome) override {
         libraryLog(outcome.log);
         switch (outcome.status) {
             case Outcome::Status::Exact:
-                out_ << safeLine(file + ": understood exactly") << '\n';
+                out_ << inert(safeLine(file + ": understood exactly")) << '\n';
                 break;
             case Outcome::Status::Findings:
                 for (const Finding& finding : outcome.findings) {
@@ -82,7 +156,8 @@ public:
                 }
                 break;
             case Outcome::Status::Unusable:
-                Printer::problem({file, outcome.line, outcome.column, outcome.problem, 2});
+                err_ << inert(problemLine({file, outcome.line, outcome.column, outcome.problem}))
+                     << '\n';
                 out_ << annotation("error", file, outcome.line, outcome.column,
                                    std::string("zelct ") + kind.name + ": unusable",
                                    outcome.problem)
@@ -94,20 +169,33 @@ public:
 
     void result(const Json::Value& json, const std::string& text) override {
         text_->result(json, text);
+        passText(&inert);
     }
 
     void document(const Json::Value& json, const std::string& styled) override {
         text_->document(json, styled);
+        passText(&inertJson);
     }
 
     void problem(const Problem& problem) override {
-        Printer::problem(problem);
+        err_ << inert(problemLine(problem)) << '\n';
         out_ << annotation("error", problem.file, problem.line, problem.column, "zelct",
                            problem.message)
              << '\n';
     }
 
 private:
+    // Writes what the text printer wrote, already escaped, line by line through the filter.
+    void passText(std::string (*filter)(const std::string&)) {
+        std::istringstream lines(textOut_.str());
+        textOut_.str("");
+        std::string line;
+        while (std::getline(lines, line)) {
+            out_ << filter(line) << '\n';
+        }
+    }
+
+    std::ostringstream textOut_;
     std::unique_ptr<Printer> text_;  // writes what commands other than check give
 };
 

@@ -174,6 +174,9 @@ std::string indentedJson(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "  ";
     builder["emitUTF8"] = true;
+    // jsoncpp keeps a document's comments on the values read from it and writes them back,
+    // which no JSON reader accepts; a value quoted from a document must come out as data only.
+    builder["commentStyle"] = "None";
     return Json::writeString(builder, value) + "\n";
 }
 

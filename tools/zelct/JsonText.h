@@ -11,7 +11,8 @@ namespace zelct {
 // fraction take the fewest digits that read back to the same double.
 std::string compactJson(const Json::Value& value);
 
-// A machine-readable document: indented by two spaces, UTF-8 kept, numbers exact.
+// A machine-readable document: indented by two spaces, UTF-8 kept, numbers exact, and never a
+// comment, whatever the values carry from the document they were read from.
 std::string indentedJson(const Json::Value& value);
 
 // Equality of meaning: numbers compare by value whatever their JSON representation (5, 5.0

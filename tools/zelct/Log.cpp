@@ -10,6 +10,7 @@ namespace {
 
 Logger::logDebugLevel_t shownLevel = Logger::logError;
 LogRecorder* current = nullptr;
+std::string (*lineFilter)(const std::string&) = nullptr;
 
 // FileMgr quotes the whole text of a file it cannot parse; for a large file that would be
 // the file again on the terminal. Its size says enough: the next line has the position.
@@ -27,7 +28,8 @@ std::string condensed(const std::string& text) {
 
 void writeLine(Logger::logDebugLevel_t level, const std::string& text) {
     if (level <= shownLevel) {
-        std::fprintf(stderr, "%s\n", safeLine(condensed(text)).c_str());
+        const std::string line = safeLine(condensed(text));
+        std::fprintf(stderr, "%s\n", (lineFilter != nullptr ? lineFilter(line) : line).c_str());
     }
 }
 
@@ -55,6 +57,10 @@ void showLog(const std::vector<LogLine>& lines) {
     for (const LogLine& line : lines) {
         writeLine(line.level, line.text);
     }
+}
+
+void setShownLineFilter(std::string (*filter)(const std::string& line)) {
+    lineFilter = filter;
 }
 
 LogRecorder::LogRecorder() : outer_(current) {

@@ -30,6 +30,10 @@ Logger::logDebugLevel_t shownLogLevel();
 // Writes lines to standard error as the router would, dropping those above the shown level.
 void showLog(const std::vector<LogLine>& lines);
 
+// Rewrites every line shown from now on, after it is escaped, for an output format whose
+// reader obeys some lines (GitHub's runner); nullptr shows them as they are.
+void setShownLineFilter(std::string (*filter)(const std::string& line));
+
 // While alive, the library's log lines are recorded here instead of being shown. The tool
 // reads a document many times when it probes what the library reads; only the first reading
 // is allowed to speak.

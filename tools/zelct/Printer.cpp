@@ -68,10 +68,13 @@ std::string placeText(const std::string& file, int line, int column) {
     return file + ":" + std::to_string(line) + ":" + std::to_string(column);
 }
 
-void Printer::problem(const Problem& problem) {
+std::string Printer::problemLine(const Problem& problem) {
     const std::string subject = problem.file.empty() ? std::string("zelct") : problem.file;
-    err_ << safeLine(placeText(subject, problem.line, problem.column) + ": " + problem.message)
-         << '\n';
+    return safeLine(placeText(subject, problem.line, problem.column) + ": " + problem.message);
+}
+
+void Printer::problem(const Problem& problem) {
+    err_ << problemLine(problem) << '\n';
 }
 
 int Printer::finish(int exit) {

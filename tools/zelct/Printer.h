@@ -62,9 +62,13 @@ public:
     virtual int finish(int exit);
 
     // The library's lines, those at most as detailed as -v asks for, on standard error.
-    void libraryLog(const std::vector<LogLine>& lines);
+    virtual void libraryLog(const std::vector<LogLine>& lines);
 
 protected:
+    // The line on standard error that names a problem: "FILE:LINE:COLUMN: message", escaped
+    // and shortened as every printed line is.
+    static std::string problemLine(const Problem& problem);
+
     std::ostream& out_;
     std::ostream& err_;
 };

@@ -116,6 +116,9 @@ std::string validUtf8(const std::string& text) {
         if (length == 0) {
             valid += hexEscape(static_cast<unsigned char>(text[at]));
             at += 1;
+        } else if (text[at] == '\\') {
+            valid += "\\\\";
+            at += 1;
         } else {
             valid.append(text, at, length);
             at += length;

@@ -24,7 +24,9 @@ std::string shortenedLine(const std::string& text, size_t width = kScreenWidth);
 std::string safeLine(const std::string& text);
 
 // The text with every byte that is not part of valid UTF-8 replaced by the four characters
-// \xNN, so that JSON output is valid UTF-8 and still shows which byte was there.
+// \xNN and every backslash doubled, so that JSON output is valid UTF-8, still shows which byte
+// was there, and two texts never come out alike: the raw byte 0xff gives \xff, the text \xff
+// gives \\xff.
 std::string validUtf8(const std::string& text);
 
 // A copy of the value with validUtf8 applied to every string and member name.

@@ -2,6 +2,10 @@
 // one for files that cannot be used, a result for each finding with the file, line and column
 // it concerns, its JSON path and the value the device reads. Commands other than check have
 // no findings; they write their JSON form as the json format does.
+//
+// Columns count characters, as the text format's FILE:LINE:COLUMN does, which the run
+// declares so that viewers do not take them for UTF-16 units. A result whose place is unknown
+// points at the file's first line, since viewers drop results without a region.
 #include <cctype>
 
 #include "JsonText.h"
@@ -16,7 +20,9 @@ namespace {
 
 // The rules, in the order of their ruleIndex: one for each kind of finding, then one for files
 // that cannot be used. Every finding is a warning: the file was read and the library made
-// something else of it (exit 1). A file that cannot be used is an error (exit 2).
+// something else of it (exit 1). A file that cannot be used is an error (exit 2). The id is the
+// finding's kind as the other formats name it; the name says what happened, in the words
+// viewers show as a title.
 struct Rule {
     Finding::Type type;
     const char* name;
@@ -24,22 +30,24 @@ struct Rule {
 };
 // clang-format off
 constexpr Rule kRules[] = {
-    {Finding::Type::Dropped,         "Dropped",         "A member the library never reads: the device ignores it and drops it on store"},
-    {Finding::Type::Changed,         "Changed",         "A value the library reads as another value"},
-    {Finding::Type::NotWrittenBack,  "NotWrittenBack",  "A member the library reads but does not write back: storing the document loses it"},
-    {Finding::Type::Added,           "Added",           "A member the document lacks, which the library reads as its default"},
-    {Finding::Type::DuplicateMember, "DuplicateMember", "A member given twice in one object: the device keeps the last value"},
-    {Finding::Type::TrailingText,    "TrailingText",    "Text after the document, never parsed"},
-    {Finding::Type::Comment,         "Comment",         "A comment, which the device's parser skips"},
-    {Finding::Type::TrailingComma,   "TrailingComma",   "A comma before a closing bracket, which the device's parser skips"},
-    {Finding::Type::AfterNul,        "AfterNul",        "Bytes from a NUL byte on, which the device never loads"},
-    {Finding::Type::NotUtf8,         "NotUtf8",         "A string that is not UTF-8, written back otherwise"},
-    {Finding::Type::ControlInString, "ControlInString", "A control character unescaped in a string, which strict JSON forbids and the device writes back escaped"},
+    {Finding::Type::Dropped,         "MemberNeverRead",            "A member the library never reads: the device ignores it and drops it on store."},
+    {Finding::Type::Changed,         "ValueReadOtherwise",         "A value the library reads as another value."},
+    {Finding::Type::NotWrittenBack,  "MemberLostOnStore",          "A member the library reads but does not write back: storing the document loses it."},
+    {Finding::Type::Added,           "MissingMemberReadAsDefault", "A member the document lacks, which the library reads as its default."},
+    {Finding::Type::DuplicateMember, "MemberGivenTwice",           "A member given twice in one object: the device keeps the last value."},
+    {Finding::Type::TrailingText,    "TextAfterDocument",          "Text after the document, never parsed."},
+    {Finding::Type::Comment,         "CommentSkipped",             "A comment, which the device's parser skips."},
+    {Finding::Type::TrailingComma,   "CommaBeforeClosingBracket",  "A comma before a closing bracket, which the device's parser skips."},
+    {Finding::Type::AfterNul,        "BytesAfterNul",              "Bytes from a NUL byte on, which the device never loads."},
+    {Finding::Type::NotUtf8,         "StringNotUtf8",              "A string that is not UTF-8, written back otherwise."},
+    {Finding::Type::ControlInString, "UnescapedControlCharacter",  "A control character unescaped in a string, which strict JSON forbids and the device writes back escaped."},
 };
 // clang-format on
 constexpr int kFindingRules = static_cast<int>(sizeof(kRules) / sizeof(kRules[0]));
 constexpr int kUnusableRule = kFindingRules;
 const char* const kUnusableId = "unusable";
+// Where the tool's documentation lives, beside its schemas.
+const char* const kInformationUri = "https://zel.invalid/zelCommonTypes/";
 
 int ruleIndexOf(Finding::Type type) {
     for (int i = 0; i < kFindingRules; ++i) {
@@ -64,8 +72,8 @@ Json::Value rulesJson() {
     for (const Rule& rule : kRules) {
         rules.append(ruleJson(findingTypeName(rule.type), rule.name, rule.text, "warning"));
     }
-    rules.append(ruleJson(kUnusableId, "Unusable",
-                          "A file the library cannot load or read as the kind", "error"));
+    rules.append(ruleJson(kUnusableId, "FileNotUsable",
+                          "A file the library cannot load or read as the kind.", "error"));
     return rules;
 }
 
@@ -87,13 +95,23 @@ std::string uriOf(const std::string& file) {
     return uri;
 }
 
+Json::Value driverJson() {
+    Json::Value driver(Json::objectValue);
+    driver["name"] = "zelct";
+    driver["version"] = ZELCT_VERSION;
+    driver["semanticVersion"] = ZELCT_VERSION;
+    driver["informationUri"] = kInformationUri;
+    driver["rules"] = rulesJson();
+    return driver;
+}
+
 Json::Value locationJson(const std::string& file, int line, int column, const std::string& path,
                          bool hasPath) {
     Json::Value location(Json::objectValue);
     Json::Value& physical = location["physicalLocation"];
     physical["artifactLocation"]["uri"] = uriOf(file);
+    physical["region"]["startLine"] = line > 0 ? line : 1;
     if (line > 0) {
-        physical["region"]["startLine"] = line;
         physical["region"]["startColumn"] = column > 0 ? column : 1;
     }
     if (hasPath) {
@@ -195,8 +213,8 @@ public:
         log["$schema"] = "https://json.schemastore.org/sarif-2.1.0.json";
         log["version"] = "2.1.0";
         Json::Value run(Json::objectValue);
-        run["tool"]["driver"]["name"] = "zelct";
-        run["tool"]["driver"]["rules"] = rulesJson();
+        run["tool"]["driver"] = driverJson();
+        run["columnKind"] = "unicodeCodePoints";
         run["results"] = results_;
         Json::Value invocation(Json::objectValue);
         invocation["executionSuccessful"] = notifications_.empty();

@@ -425,6 +425,8 @@ private:
                 Json::Value absent;
                 if (source != name && isCopyOf(name, source, path, absent)) {
                     Json::Value rule(Json::objectValue);
+                    // Strict validators want every required member defined beside the list.
+                    rule["if"]["not"]["properties"][source] = true;
                     rule["if"]["not"]["required"].append(source);
                     rule["then"]["properties"][name]["const"] = absent;
                     schema["allOf"].append(rule);
@@ -628,8 +630,7 @@ private:
     void names(Json::Value& schema, const JsonPath& path) {
         Json::Value exact(Json::arrayValue);
         Json::Value anyCase(Json::arrayValue);
-        Json::Value explained(Json::arrayValue);
-        bool described = false;
+        std::string explained;  // one line a name the catalogue says something about
         std::string from;
         for (const NameCatalogue& catalogue : nameCatalogues()) {
             bool used = false;
@@ -639,8 +640,8 @@ private:
                 }
                 used = true;
                 exact.append(name);
-                explained.append(catalogue.describe(name));
-                described = described || !explained[explained.size() - 1].asString().empty();
+                const std::string said = catalogue.describe(name);
+                explained += said.empty() ? std::string() : "\n" + name + ": " + said;
                 if (upper(name) != name && keeps(path, Json::Value(upper(name)))) {
                     Json::Value pattern(Json::objectValue);
                     pattern["pattern"] = anyCasePattern(name);
@@ -651,9 +652,6 @@ private:
                 from += std::string(from.empty() ? "" : ", ") + catalogue.title;
             }
         }
-        if (described) {
-            schema["enumDescriptions"] = explained;  // shown by editors beside each name
-        }
         if (anyCase.empty()) {
             schema["enum"] = exact;
         } else {
@@ -662,9 +660,12 @@ private:
             anyCase.append(listed);
             schema["anyOf"] = anyCase;
         }
+        // Strict validators refuse keywords of no vocabulary, such as an editor's list of
+        // descriptions beside the names, so what the catalogue says goes into the description.
         schema["description"] =
-            from.empty() ? std::string("The library keeps no text here")
-                         : "One of the " + from + "; any other text is read as another value";
+            (from.empty() ? std::string("The library keeps no text here")
+                          : "One of the " + from + "; any other text is read as another value") +
+            explained;
     }
 
     Json::Value integer(const Json::Value& value, const JsonPath& path) {
