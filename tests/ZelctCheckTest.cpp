@@ -2,7 +2,12 @@
 // Small classes of this file stand for the reading habits of the library's model classes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <memory>
+#include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,15 +15,44 @@
 #include "Check.h"
 #include "DaifType.h"
 #include "FileUtil.h"
+#include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "Printer.h"
 #include "Report.h"
 #include "SessionStreamList.h"
 #include "SfpInfo.h"
 #include "TempDir.h"
 
 using namespace zelct;
+
+// Allocations left before one fails with std::bad_alloc, as when the machine's memory runs
+// out in the middle of a check; negative for none. Only one allocation fails, so what is
+// printed about it afterwards can allocate again, as it can after a real failure has unwound.
+std::atomic<long> allocationsBeforeFailure{-1};
+
+void* operator new(std::size_t size) {
+    if (allocationsBeforeFailure.load() >= 0 && allocationsBeforeFailure.fetch_sub(1) == 0) {
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+// GCC takes the pair for new and free, not knowing that the new above is malloc.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+#pragma GCC diagnostic pop
 
 namespace {
 
@@ -486,6 +520,167 @@ TEST_F(ZelctCheckTest, JsonReportOfAnUnusableFileNamesThePath) {
     EXPECT_EQ(report["exit"], 2);
     EXPECT_EQ(report["path"], "/wavelength");
     EXPECT_FALSE(report.isMember("findings"));
+}
+
+// ---- findings kept and counted ----
+
+TEST_F(ZelctCheckTest, FindingsPastTheKeptOnesAreCountedInTheirOrder) {
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 50; ++i) {
+        document.append(parseJson("{\"state\":\"enabled\",\"note\":\"spare\"}"));
+    }
+    const Outcome all = checkDocument(kStreams, document, true);
+    const Outcome five = checkDocument(kStreams, document, true, nullptr, 5);
+    ASSERT_EQ(five.findings.size(), 5u);
+    EXPECT_EQ(five.omitted, all.findings.size() - 5);
+    EXPECT_EQ(all.omitted, 0u);
+    for (size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(findingText(five.findings[i]), findingText(all.findings[i]));
+    }
+    EXPECT_EQ(five.status, Outcome::Status::Findings);
+
+    const Outcome none = checkDocument(kStreams, document, true, nullptr, 0);
+    EXPECT_TRUE(none.findings.empty());
+    EXPECT_EQ(none.omitted, all.findings.size());
+    EXPECT_EQ(none.status, Outcome::Status::Findings);
+}
+
+TEST_F(ZelctCheckTest, FindingsBeyondOneBatchAreAnsweredAndCountedAlike) {
+    // Each element has a member nothing reads and lacks one the list writes: two findings an
+    // element, 140,000 in all, more than one batch of findings waits for its answers.
+    const int elements = 70000;
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < elements; ++i) {
+        document.append(parseJson("{\"v\":1,\"x\":0}"));
+    }
+    const Outcome outcome = checkDocument(kCounted, document, true, nullptr, 4);
+    ASSERT_EQ(
+        texts(outcome.findings),
+        (std::vector<std::string>{"/0/n: added with default 70000", "/0/x: dropped (never read)",
+                                  "/1/n: added with default 70000", "/1/x: dropped (never read)"}));
+    EXPECT_EQ(outcome.omitted, 2u * elements - 4);
+
+    const std::vector<Finding> every =
+        findDifferences(kCounted, document, readAs(kCounted, document));
+    ASSERT_EQ(every.size(), 2u * elements);
+    EXPECT_EQ(findingText(every[2 * elements - 1]), "/69999/x: dropped (never read)");
+    EXPECT_EQ(findingText(every[2 * 66000]), "/66000/n: added with default 70000");
+}
+
+TEST_F(ZelctCheckTest, AKeptFindingQuotesAValueTakenOutOfTheDocumentWhole) {
+    TempDir dir;
+    std::string zeros = "0";
+    for (int i = 1; i < 100; ++i) {
+        zeros += ",0";
+    }
+    writeFile(dir.file("sfp.json"), "{\"present\": true,\n \"zz\": [" + zeros + "]}");
+    const Outcome outcome = checkFile(kSfp, dir.file("sfp.json"), true);
+    const auto dropped =
+        std::find_if(outcome.findings.begin(), outcome.findings.end(),
+                     [](const Finding& f) { return pointerText(f.path) == "/zz"; });
+    ASSERT_NE(dropped, outcome.findings.end());
+    EXPECT_EQ(dropped->type, Finding::Type::Dropped);
+    EXPECT_EQ(dropped->original, parseJson("[" + zeros + "]"));
+    EXPECT_EQ(dropped->line, 2);
+    EXPECT_EQ(dropped->column, 2);
+    EXPECT_EQ(findingText({Finding::Type::NotWrittenBack, dropped->path, dropped->original, {}}),
+              "/zz: [...] (100 elements) read but not written back");
+}
+
+TEST_F(ZelctCheckTest, ReportsGiveTheNumberOfFindingsNotKept) {
+    Outcome outcome = checkDocument(kState, parseJson("{\"state\":\"enabled\"}"), true);
+    outcome.omitted = 9999000;
+    const Json::Value report = outcomeJson("state.json", kState, outcome);
+    EXPECT_EQ(report["omitted"].asLargestUInt(), 9999000u);
+    EXPECT_EQ(omittedText(9999000), "... and 9,999,000 more findings like these");
+    EXPECT_EQ(omittedText(1), "... and 1 more finding like these");
+    EXPECT_EQ(omittedText(999), "... and 999 more findings like these");
+
+    std::ostringstream text;
+    std::ostringstream err;
+    makePrinter(Format::Text, text, err)->checked("state.json", kState, outcome);
+    EXPECT_EQ(text.str(),
+              "state.json: /state: \"enabled\" read as \"Disabled\"\n"
+              "state.json: ... and 9,999,000 more findings like these\n");
+
+    std::ostringstream github;
+    makePrinter(Format::Github, github, err)->checked("state.json", kState, outcome);
+    EXPECT_EQ(github.str(),
+              "::warning file=state.json,title=zelct state%3A changed::/state: \"enabled\" read "
+              "as \"Disabled\"\n"
+              "::warning file=state.json,title=zelct state%3A omitted::... and 9,999,000 more "
+              "findings like these\n");
+
+    std::ostringstream sarif;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Sarif, sarif, err);
+    printer->checked("state.json", kState, outcome);
+    printer->finish(1);
+    const Json::Value log = parseJson(sarif.str());
+    const Json::Value& omitted = log["runs"][0]["properties"]["omittedResults"];
+    ASSERT_EQ(omitted.size(), 1u);
+    EXPECT_EQ(omitted[0]["uri"], "state.json");
+    EXPECT_EQ(omitted[0]["omitted"].asLargestUInt(), 9999000u);
+    EXPECT_EQ(log["runs"][0]["results"].size(), 1u);
+}
+
+// ---- running out of memory ----
+
+TEST_F(ZelctCheckTest, RunningOutOfMemoryAnywhereInACheckIsNeverTheFilesFault) {
+    TempDir dir;
+    writeFile(dir.file("sfp.json"), "{\"present\": 1, \"vendor\": \"x\", \"wavelength\": 850.5}");
+    const Outcome expected = checkFile(kSfp, dir.file("sfp.json"), true);
+    ASSERT_EQ(expected.status, Outcome::Status::Findings);
+    // Every allocation of the check in turn fails; the check throws std::bad_alloc, or gives
+    // the same verdict when the failure did not matter. jsoncpp's reader reads a number
+    // through a string stream, which takes a failed allocation for a text that is no number:
+    // those places alone may come out as a parse failure, never as the document's fault.
+    long failures = 0;
+    long misread = 0;
+    for (long allocation = 0;; ++allocation) {
+        allocationsBeforeFailure = allocation;
+        bool threw = false;
+        Outcome outcome;
+        try {
+            outcome = checkFile(kSfp, dir.file("sfp.json"), true);
+        } catch (const std::bad_alloc&) {
+            threw = true;
+        }
+        const bool reached = allocationsBeforeFailure.load() < 0;
+        allocationsBeforeFailure = -1;
+        if (!reached) {
+            break;  // the check made fewer allocations than that: every one has failed once
+        }
+        ++failures;
+        if (threw || texts(outcome.findings) == texts(expected.findings)) {
+            continue;
+        }
+        ++misread;
+        EXPECT_EQ(outcome.problem.find("bad_alloc"), std::string::npos) << outcome.problem;
+        EXPECT_EQ(outcome.problem.find("cannot read"), std::string::npos) << outcome.problem;
+    }
+    EXPECT_GT(failures, 100);
+    EXPECT_LE(misread, 2);
+}
+
+TEST_F(ZelctCheckTest, RunningOutOfMemoryIsReportedAsItsOwnCause) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    TempDir dir;
+    writeFile(dir.file("sfp.json"), "{\"present\": true}");
+    const int exit = withinMemory(*printer, "sfp.json", [&] {
+        allocationsBeforeFailure = 0;
+        checkInput(kSfp, dir.file("sfp.json"), true);
+        return 0;
+    });
+    allocationsBeforeFailure = -1;
+    EXPECT_EQ(exit, 2);
+    EXPECT_EQ(err.str(), "sfp.json: out of memory\n");
+    EXPECT_EQ(printer->finish(exit), 2);
+    const Json::Value report = parseJson(out.str());
+    EXPECT_EQ(report["error"], "out of memory");
+    EXPECT_EQ(report["file"], "sfp.json");
+    EXPECT_EQ(report["exit"], 2);
 }
 
 TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {

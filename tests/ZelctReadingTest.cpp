@@ -183,6 +183,33 @@ TEST_F(ZelctReadingTest, CommentBeforeAClosingBraceIsATrapTheStrictReaderMisses)
     EXPECT_EQ(traps[0].offset, 7u);
 }
 
+TEST_F(ZelctReadingTest, PastTheKeptTrapsTheOthersAreOnlyCountedInTheOrderOfTheText) {
+    // Duplicated members are known only when their object closes, after the comments that
+    // follow them in the text; thousands of them make the scan trim what it holds on the way.
+    std::string text = "{\"a\":0,";
+    for (int i = 0; i < 3000; ++i) {
+        text += "\"a\":0,";
+    }
+    text += "\"b\":[1,/* x */ 2,]}";
+    for (int i = 0; i < 5; ++i) {
+        text += "// after\n";
+    }
+    const std::vector<ReadingTrap> every = trapsOf(text);
+    ASSERT_EQ(every.size(), 3000u + 1 + 1 + 5);
+    for (size_t keep : {size_t{0}, size_t{1}, size_t{2999}, size_t{3001}, size_t{3006}}) {
+        size_t more = 0;
+        const std::vector<ReadingTrap> kept = scanReadingTraps(text, text.size(), keep, &more);
+        ASSERT_EQ(kept.size(), keep);
+        EXPECT_EQ(more, every.size() - keep);
+        for (size_t i = 0; i < keep; ++i) {
+            EXPECT_EQ(kept[i].offset, every[i].offset) << i;
+            EXPECT_EQ(kept[i].type, every[i].type) << i;
+        }
+    }
+    EXPECT_EQ(every[3000].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(every[3001].type, ReadingTrap::Type::TrailingComma);
+}
+
 TEST_F(ZelctReadingTest, DuplicatedMemberKeepsTheLastValueAsTheDevicesParserDoes) {
     const std::string text = "{\"a\":1,\"b\":{\"c\":[1]},\"\\u0061\":2,\"a\":3}";
     Json::Value root;

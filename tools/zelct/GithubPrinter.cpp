@@ -2,6 +2,7 @@
 // on the lines of the pull request it concerns. A finding is a warning; a file that cannot be
 // used, or a problem of the command, is an error. Commands other than check print their text.
 #include "Printer.h"
+#include "Report.h"
 #include "SafeText.h"
 
 namespace zelct {
@@ -78,6 +79,12 @@ public:
                                        std::string("zelct ") + kind.name + ": " +
                                            findingTypeName(finding.type),
                                        findingText(finding))
+                         << '\n';
+                }
+                if (outcome.omitted > 0) {
+                    out_ << annotation("warning", file, 0, 0,
+                                       std::string("zelct ") + kind.name + ": omitted",
+                                       omittedText(outcome.omitted))
                          << '\n';
                 }
                 break;

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "FileMgr.h"
@@ -98,6 +99,15 @@ Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings)
         }
     }
     return outcome;
+}
+
+int withinMemory(Printer& printer, const std::string& file, const std::function<int()>& step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        printer.problem({file, 0, 0, "out of memory", 2});
+        return 2;
+    }
 }
 
 std::string unusableOutput(const std::string& path) {

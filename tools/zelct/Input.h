@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "Check.h"
 #include "Kinds.h"
+#include "Printer.h"
 
 namespace zelct {
 
@@ -32,6 +34,12 @@ private:
 // Checks a file named on the command line, or standard input for "-", as checkFile does;
 // the temporary file's name is taken out of what the library logs about it.
 Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings);
+
+// Runs one file's step of a command (`step` returns its exit code). Running out of memory
+// on the way says nothing about the file, and is no finding or reading failure of it: it is
+// reported as what it is, "FILE: out of memory", with exit code 2, once the step's memory has
+// been given back by the unwinding.
+int withinMemory(Printer& printer, const std::string& file, const std::function<int()>& step);
 
 // Why a file cannot be stored at that path, checked before anything is read or opened:
 // storing would otherwise truncate a device, wait forever on a FIFO, or fail late on a

@@ -6,6 +6,7 @@
 
 #include "JsonText.h"
 #include "Printer.h"
+#include "Report.h"
 #include "SafeText.h"
 
 namespace zelct {
@@ -162,6 +163,14 @@ public:
         for (const Finding& finding : outcome.findings) {
             results_.append(findingResult(file, kind, finding));
         }
+        if (outcome.omitted > 0) {
+            // Counted, not kept: the run says how many results each file lacks.
+            Json::Value omitted(Json::objectValue);
+            omitted["uri"] = uriOf(file);
+            omitted["omitted"] = static_cast<Json::LargestUInt>(outcome.omitted);
+            omitted["text"] = omittedText(outcome.omitted);
+            omitted_.append(omitted);
+        }
     }
 
     void result(const Json::Value& json, const std::string& text) override {
@@ -198,6 +207,9 @@ public:
         run["tool"]["driver"]["name"] = "zelct";
         run["tool"]["driver"]["rules"] = rulesJson();
         run["results"] = results_;
+        if (!omitted_.empty()) {
+            run["properties"]["omittedResults"] = omitted_;
+        }
         Json::Value invocation(Json::objectValue);
         invocation["executionSuccessful"] = notifications_.empty();
         invocation["exitCode"] = exit;
@@ -215,6 +227,7 @@ private:
     bool hasOther_ = false;
     bool checkedAny_ = false;
     Json::Value results_{Json::arrayValue};
+    Json::Value omitted_{Json::arrayValue};
     Json::Value notifications_{Json::arrayValue};
 };
 

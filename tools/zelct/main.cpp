@@ -11,6 +11,7 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -82,9 +83,11 @@ int runCheck(const Arguments& args, Printer& printer) {
     }
     int worst = 0;
     for (const std::string& file : args.files) {
-        const Outcome outcome = checkInput(*kind, file, true);
-        worst = std::max(worst, exitCodeOf(outcome.status));
-        printer.checked(file, *kind, outcome);
+        worst = std::max(worst, withinMemory(printer, file, [&] {
+                             const Outcome outcome = checkInput(*kind, file, true);
+                             printer.checked(file, *kind, outcome);
+                             return exitCodeOf(outcome.status);
+                         }));
     }
     return worst;
 }
@@ -372,7 +375,8 @@ int run(int argc, char** argv) {
     const std::unique_ptr<Printer> printer = makePrinter(line.args.format, std::cout, std::cerr);
     for (const auto& command : line.commands) {
         if (command.first->parsed()) {
-            return printer->finish(command.second(line.args, *printer));
+            return printer->finish(
+                withinMemory(*printer, "", [&] { return command.second(line.args, *printer); }));
         }
     }
     return kUnusable;
@@ -383,6 +387,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "zelct: out of memory\n";
     } catch (const std::exception& e) {
         std::cerr << "zelct: internal error: " << e.what() << '\n';
     } catch (...) {
