@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -11,14 +12,19 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 #include "AlarmManager.h"
 #include "Check.h"
 #include "DaifType.h"
+#include "FileMgr.h"
 #include "FileUtil.h"
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "Output.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SessionStreamList.h"
@@ -681,6 +687,79 @@ TEST_F(ZelctCheckTest, RunningOutOfMemoryIsReportedAsItsOwnCause) {
     EXPECT_EQ(report["error"], "out of memory");
     EXPECT_EQ(report["file"], "sfp.json");
     EXPECT_EQ(report["exit"], 2);
+}
+
+// ---- storing what normalize wrote ----
+
+namespace {
+
+// While alive, a file may grow to `bytes` at most: a write past it fails with EFBIG as on a
+// full disk, whoever the process runs as. SIGXFSZ, which would end the process, is ignored.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &saved_);
+        previous_ = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = saved_;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &saved_);
+        std::signal(SIGXFSZ, previous_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit saved_{};
+    void (*previous_)(int) = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ZelctCheckTest, AFailedStoreOverTheInputLeavesTheInputWhole) {
+    TempDir dir;
+    const std::string input = dir.file("sfp.json");
+    const std::string text = "{\"present\": true, \"vendor-name\": \"FS\"}";
+    writeFile(input, text);
+    Json::Value document;
+    SfpInfo().Serialize(document);
+    ASSERT_GT(document.toStyledString().size(), 64u);
+    {
+        // What a plain store in place does on a full disk: the document is cut off.
+        FileSizeLimit full(64);
+        EXPECT_EQ(FileMgr().storeLocalCfg(dir.file("plain.json"), document), -41);
+    }
+    EXPECT_EQ(readFile(dir.file("plain.json")).size(), 64u);
+
+    Stored stored;
+    {
+        FileSizeLimit full(64);
+        stored = storeDocument(dir.path() + "/./sfp.json", document);  // the input, otherwise named
+    }
+    EXPECT_EQ(stored.code, -41);
+    EXPECT_EQ(stored.reason, "File too large");
+    EXPECT_EQ(readFile(input), text);
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"plain.json", "sfp.json"}));
+
+    stored = storeDocument(dir.path() + "/./sfp.json", document);
+    EXPECT_EQ(stored.code, 0);
+    EXPECT_EQ(stored.reason, "");
+    EXPECT_EQ(readFile(input), document.toStyledString());
+}
+
+TEST_F(ZelctCheckTest, TheReasonOfAFailedStoreIsTheOneTheLibraryLogged) {
+    EXPECT_EQ(storeFailureReason({{Logger::logError,
+                                   "ERR::Saving JSON to file 'a (')b:' failed to open file "
+                                   "errno='13' ('Permission denied')"}}),
+              "Permission denied");
+    EXPECT_EQ(storeFailureReason({{Logger::logError, "ERR::something else ('x')"}}), "");
+    EXPECT_EQ(storeFailureReason({}), "");
+    const Stored stored = storeDocument("/no-such-folder/x/out.json", Json::Value(1));
+    EXPECT_EQ(stored.code, -43);
+    EXPECT_EQ(stored.reason, "No such file or directory");
+    ASSERT_EQ(stored.log.size(), 1u);
 }
 
 TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {

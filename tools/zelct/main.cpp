@@ -18,10 +18,10 @@
 
 #include "Catalogues.h"
 #include "Check.h"
-#include "FileMgr.h"
 #include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "Output.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
@@ -92,6 +92,35 @@ int runCheck(const Arguments& args, Printer& printer) {
     return worst;
 }
 
+// Reads the input and writes what the library understood, to OUT or standard output.
+int normalizeInto(const Kind& kind, const Arguments& args, Printer& printer) {
+    const Outcome outcome = checkInput(kind, args.input, false);
+    printer.libraryLog(outcome.log);
+    if (outcome.status == Outcome::Status::Unusable) {
+        printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
+        return kUnusable;
+    }
+    const Json::Value document = normalizedDocument(kind, outcome.understood);
+    if (!args.hasOutput) {
+        printer.document(document, document.toStyledString());
+        return 0;
+    }
+    const Stored stored = storeDocument(args.output, document);
+    printer.libraryLog(stored.log);
+    if (stored.code != 0) {
+        printer.problem({args.output, 0, 0,
+                         "cannot store: " + stored.reason + " (FileMgr code " +
+                             std::to_string(stored.code) + ")",
+                         kUnusable});
+        return kUnusable;
+    }
+    Json::Value result(Json::objectValue);
+    result["output"] = args.output;
+    result["exit"] = 0;
+    printer.result(result, "");
+    return 0;
+}
+
 int runNormalize(const Arguments& args, Printer& printer) {
     const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
@@ -104,30 +133,7 @@ int runNormalize(const Arguments& args, Printer& printer) {
             return kUnusable;
         }
     }
-    const Outcome outcome = checkInput(*kind, args.input, false);
-    printer.libraryLog(outcome.log);
-    if (outcome.status == Outcome::Status::Unusable) {
-        printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
-        return kUnusable;
-    }
-    const Json::Value document = normalizedDocument(*kind, outcome.understood);
-    if (!args.hasOutput) {
-        printer.document(document, document.toStyledString());
-        return 0;
-    }
-    FileMgr files;
-    const int code = args.durable ? files.storeLocalCfgDurable(args.output, document)
-                                  : files.storeLocalCfg(args.output, document);
-    if (code != 0) {
-        printer.problem({args.output, 0, 0,
-                         "cannot store (FileMgr code " + std::to_string(code) + ")", kUnusable});
-        return kUnusable;
-    }
-    Json::Value stored(Json::objectValue);
-    stored["output"] = args.output;
-    stored["exit"] = 0;
-    printer.result(stored, "");
-    return 0;
+    return withinMemory(printer, args.input, [&] { return normalizeInto(*kind, args, printer); });
 }
 
 int runTemplate(const Arguments& args, Printer& printer) {
@@ -231,13 +237,14 @@ void defineCommands(CommandLine& line) {
     normalize->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
     normalize->add_option("IN", args.input, "JSON document to read (- for standard input)")
         ->required();
-    line.output = normalize->add_option("-o,--output", args.output,
-                                        "File to store the document in (FileMgr::storeLocalCfg); "
-                                        "standard output without it");
+    line.output = normalize->add_option(
+        "-o,--output", args.output,
+        "File to store the document in, with FileMgr::storeLocalCfgDurable: a temporary file "
+        "synced and renamed over OUT, so that OUT (even when it is IN) is never left half "
+        "written; standard output without it");
     normalize
         ->add_flag("--durable", args.durable,
-                   "Store with FileMgr::storeLocalCfgDurable: a temporary file synced and renamed "
-                   "over OUT, so OUT is never left half written")
+                   "Accepted for scripts that pass it: -o always stores durably")
         ->needs("--output");
 
     CLI::App* templ = addCommand(
