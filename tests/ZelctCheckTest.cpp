@@ -749,6 +749,21 @@ TEST_F(ZelctCheckTest, AFailedStoreOverTheInputLeavesTheInputWhole) {
     EXPECT_EQ(readFile(input), document.toStyledString());
 }
 
+TEST_F(ZelctCheckTest, AStoreNeverOpensWhatIsAtThePath) {
+    // A FIFO put at the path after zelct looked at it: storing must neither wait for a reader
+    // nor write into it.
+    TempDir dir;
+    const std::string fifo = dir.file("out.json");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const Stored stored = storeDocument(fifo, parseJson("{\"a\":1}"));
+    EXPECT_EQ(stored.code, -43);
+    EXPECT_EQ(stored.reason, "Invalid argument");
+    struct stat info {};
+    ASSERT_EQ(::stat(fifo.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"out.json"});
+}
+
 TEST_F(ZelctCheckTest, TheReasonOfAFailedStoreIsTheOneTheLibraryLogged) {
     EXPECT_EQ(storeFailureReason({{Logger::logError,
                                    "ERR::Saving JSON to file 'a (')b:' failed to open file "

@@ -41,10 +41,10 @@ Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings)
 // been given back by the unwinding.
 int withinMemory(Printer& printer, const std::string& file, const std::function<int()>& step);
 
-// Why a file cannot be stored at that path, checked before anything is read or opened:
-// storing would otherwise truncate a device, wait forever on a FIFO, or fail late on a
-// directory. Empty when it can be tried (an absent path included: storing creates it or
-// says why it cannot).
+// Why a file cannot be stored at that path, looked at before anything is read, so that a
+// wrong -o fails at once rather than after a long check. The store decides again when it
+// stores (see storeDocument); this only says early what it would say late. Empty when it can
+// be tried (an absent path included: storing creates it or says why it cannot).
 std::string unusableOutput(const std::string& path);
 
 }  // namespace zelct
