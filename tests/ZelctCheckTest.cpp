@@ -4,16 +4,21 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <new>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "AlarmManager.h"
 #include "Check.h"
@@ -775,6 +780,59 @@ TEST_F(ZelctCheckTest, TheReasonOfAFailedStoreIsTheOneTheLibraryLogged) {
     EXPECT_EQ(stored.code, -43);
     EXPECT_EQ(stored.reason, "No such file or directory");
     ASSERT_EQ(stored.log.size(), 1u);
+}
+
+// ---- standard input ----
+
+TEST_F(ZelctCheckTest, AClosedStandardInputIsSaidToBeClosed) {
+    const int saved = ::dup(STDIN_FILENO);
+    ASSERT_GE(saved, 0);
+    ::close(STDIN_FILENO);
+    std::string error;
+    const bool copied = StandardInputFile().copy(error);
+    const Outcome outcome = checkInput(kSfp, "-", true);
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(error, "standard input is closed");
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem, "standard input is closed");
+    EXPECT_EQ(exitCodeOf(outcome.status), 2);
+}
+
+TEST_F(ZelctCheckTest, TheCopyOfStandardInputGoesWithAnInterruptingSignal) {
+    for (int signal : {SIGINT, SIGTERM}) {
+        TempDir dir;
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            // Reads standard input until the test's end of the pipe closes, which it never
+            // does before the signal.
+            ::dup2(pipe[0], STDIN_FILENO);
+            ::close(pipe[0]);
+            ::close(pipe[1]);
+            ::setenv("TMPDIR", dir.path().c_str(), 1);
+            std::string error;
+            StandardInputFile().copy(error);
+            ::_exit(0);
+        }
+        ::close(pipe[0]);
+        ASSERT_EQ(::write(pipe[1], "{\"present\":", 12), 12);
+        for (int wait = 0; wait < 500 && namesIn(dir.path()).empty(); ++wait) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_EQ(namesIn(dir.path()).size(), 1u);
+        EXPECT_EQ(namesIn(dir.path())[0].compare(0, 12, "zelct-stdin-"), 0);
+        ::kill(child, signal);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ::close(pipe[1]);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), signal);
+        EXPECT_TRUE(namesIn(dir.path()).empty()) << signal;
+    }
 }
 
 TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {
