@@ -29,6 +29,7 @@
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"
 #include "Report.h"
@@ -833,6 +834,35 @@ TEST_F(ZelctCheckTest, TheCopyOfStandardInputGoesWithAnInterruptingSignal) {
         EXPECT_EQ(WTERMSIG(status), signal);
         EXPECT_TRUE(namesIn(dir.path()).empty()) << signal;
     }
+}
+
+// ---- command-line values ----
+
+TEST_F(ZelctCheckTest, ZeroCountsAndAnEmptyVideoFormatAreRefused) {
+    CLI::App app;
+    unsigned int spp = 7;
+    std::string format = "unset";
+    app.add_option("--spp", spp)->check(atLeastOne());
+    app.add_option("FORMAT", format)->check(namesSomething());
+    try {
+        app.parse(std::vector<std::string>{"0", "--spp"});  // CLI11 reads them from the back
+        ADD_FAILURE() << "0 taken";
+    } catch (const CLI::ValidationError& e) {
+        EXPECT_STREQ(e.what(), "--spp: must be 1 or more, not 0");
+    }
+    app.clear();
+    try {
+        app.parse(std::vector<std::string>{""});
+        ADD_FAILURE() << "an empty format taken";
+    } catch (const CLI::ValidationError& e) {
+        EXPECT_STREQ(e.what(),
+                     "FORMAT: an empty name names no format: give its text (1080P59) or its "
+                     "number");
+    }
+    app.clear();
+    app.parse(std::vector<std::string>{"1080P59", "1", "--spp"});
+    EXPECT_EQ(spp, 1u);
+    EXPECT_EQ(format, "1080P59");
 }
 
 TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {

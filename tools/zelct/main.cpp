@@ -21,6 +21,7 @@
 #include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"
 #include "Report.h"
@@ -262,7 +263,8 @@ void defineCommands(CommandLine& line) {
         "Print every figure the library derives for the 29 video formats; with FORMAT (text "
         "such as 1080P59, or number), that format's figures or the library's error",
         &runVideo);
-    video->add_option("FORMAT", args.videoFormat, "Video format text or number");
+    video->add_option("FORMAT", args.videoFormat, "Video format text or number")
+        ->check(namesSomething());
 
     CLI::App* ptime = addCommand(
         line, "ptime",
@@ -271,10 +273,13 @@ void defineCommands(CommandLine& line) {
         "a measured packet time converts to; without options, every frequency and its allowed "
         "samples per packet",
         &runPtime);
-    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz");
-    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet");
+    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz")
+                    ->check(atLeastOne());
+    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet")
+                   ->check(atLeastOne());
     line.ptimeUs =
-        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds");
+        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds")
+            ->check(atLeastOne());
 
     CLI::App* alarms = addCommand(
         line, "alarms",
