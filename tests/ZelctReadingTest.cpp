@@ -411,6 +411,31 @@ TEST_F(ZelctReadingTest, NestingAtTheLimitIsRead) {
     EXPECT_TRUE(deviceParses(text, root));
 }
 
+// The parser's limit is on values: the 1,000th may be an empty container or a scalar inside
+// 999 of them, never a scalar inside 1,000.
+TEST_F(ZelctReadingTest, TheNestingLimitCountsTheInnermostValue) {
+    Json::Value root;
+    const std::string fits = std::string(999, '[') + "0" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(fits, 1000), fits.size());
+    EXPECT_TRUE(deviceParses(fits, root));
+
+    const std::string past = std::string(1000, '[') + " 0" + std::string(1000, ']');
+    EXPECT_EQ(nestingPastLimit(past, 1000), 1001u);
+    EXPECT_THROW(deviceParses(past, root), Json::RuntimeError);
+    const Outcome outcome = checkText(past);
+    EXPECT_EQ(outcome.problem,
+              "not valid JSON: Exceeded stackLimit in readValue(). (FileMgr code -13)");
+    EXPECT_EQ(outcome.column, 1002);
+
+    // A member's name in the innermost object is no value; its value is one.
+    const std::string named = std::string(999, '[') + "{\"a\":[]}" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(named, 1000), named.find("[]"));
+    EXPECT_THROW(deviceParses(named, root), Json::RuntimeError);
+    const std::string empty = std::string(999, '[') + "{}" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(empty, 1000), empty.size());
+    EXPECT_TRUE(deviceParses(empty, root));
+}
+
 TEST_F(ZelctReadingTest, LogLinesOfTheLoadAreInTheOutcome) {
     const Outcome outcome = checkText("{\"present\": tru}");
     ASSERT_EQ(outcome.log.size(), 3u);

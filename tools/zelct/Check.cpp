@@ -939,7 +939,8 @@ Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
 }
 
 // jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
-// The deepest nesting jsoncpp's reader accepts with its default settings.
+// How deep jsoncpp's reader, with its default settings (stackLimit), nests values: the
+// top-level value is the first, and an empty innermost container is one like any other.
 constexpr size_t kParserNestingLimit = 1000;
 
 // Where the text nests deeper than the parser's limit, or no position when it does not.

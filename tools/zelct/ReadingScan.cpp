@@ -5,6 +5,7 @@
 #include <memory>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace zelct {
 
@@ -413,24 +414,34 @@ std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t devic
 }
 
 size_t nestingPastLimit(const std::string& text, size_t limit) {
-    size_t depth = 0;
+    // The parser counts values, not brackets: a number or a string inside the innermost
+    // container allowed is one level too deep, as is a container there. A member's name is
+    // no value, so within an object only what follows a colon counts.
+    std::vector<bool> inObject;
+    bool afterColon = false;
     size_t pos = 0;
     while (pos < text.size()) {
         const char c = text[pos];
-        if (c == '"') {
-            pos = stringEnd(text, pos, text.size());
-        } else if (startsComment(text, pos, text.size())) {
+        const bool valueHere =
+            !inObject.empty() && (!inObject.back() || afterColon) && inObject.size() >= limit;
+        if (startsComment(text, pos, text.size())) {
             pos = commentEnd(text, pos, text.size());
-        } else {
-            if (c == '[' || c == '{') {
-                if (++depth > limit) {
-                    return pos;
-                }
-            } else if ((c == ']' || c == '}') && depth > 0) {
-                --depth;
-            }
-            ++pos;
+            continue;
         }
+        if (c == '[' || c == '{') {
+            if (inObject.size() >= limit) {
+                return pos;
+            }
+            inObject.push_back(c == '{');
+            afterColon = false;
+        } else if ((c == ']' || c == '}') && !inObject.empty()) {
+            inObject.pop_back();
+        } else if (c == ':' || c == ',') {
+            afterColon = c == ':';
+        } else if (!isSpace(c) && valueHere) {
+            return pos;
+        }
+        pos = c == '"' ? stringEnd(text, pos, text.size()) : pos + 1;
     }
     return text.size();
 }

@@ -42,8 +42,9 @@ std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t devic
                                           size_t keep = std::numeric_limits<size_t>::max(),
                                           size_t* more = nullptr);
 
-// Where the nesting of arrays and objects first goes deeper than `limit` levels, or the
-// text's size when it never does. Strings and comments are skipped.
+// Where a value first lies deeper than `limit` levels, the top-level value being the first
+// (a container, or a scalar inside the limit-th container), or the text's size when none
+// does. Comments are skipped, and member names are no values.
 size_t nestingPastLimit(const std::string& text, size_t limit);
 
 // Whether a byte sequence is well-formed UTF-8 (no overlong forms, no surrogates, nothing
