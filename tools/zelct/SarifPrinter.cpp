@@ -3,6 +3,7 @@
 // it concerns, its JSON path and the value the device reads. Commands other than check have
 // no findings; they write their JSON form as the json format does.
 #include <cctype>
+#include <utility>
 
 #include "JsonText.h"
 #include "Printer.h"
@@ -206,7 +207,7 @@ public:
         Json::Value run(Json::objectValue);
         run["tool"]["driver"]["name"] = "zelct";
         run["tool"]["driver"]["rules"] = rulesJson();
-        run["results"] = results_;
+        run["results"] = std::move(results_);  // written once, and may quote most of a file
         if (!omitted_.empty()) {
             run["properties"]["omittedResults"] = omitted_;
         }
@@ -217,7 +218,7 @@ public:
             invocation["toolExecutionNotifications"] = notifications_;
         }
         run["invocations"].append(invocation);
-        log["runs"].append(run);
+        log["runs"].append(std::move(run));
         out_ << indentedJson(withValidUtf8(log));
         return Printer::finish(exit);
     }
