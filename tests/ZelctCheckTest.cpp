@@ -558,25 +558,30 @@ TEST_F(ZelctCheckTest, FindingsPastTheKeptOnesAreCountedInTheirOrder) {
 }
 
 TEST_F(ZelctCheckTest, FindingsBeyondOneBatchAreAnsweredAndCountedAlike) {
-    // Each element has a member nothing reads and lacks one the list writes: two findings an
-    // element, 140,000 in all, more than one batch of findings waits for its answers.
-    const int elements = 70000;
+    // Every element lacks the ten members a stream writes, and two have a member nothing
+    // reads, one in each of the first two batches of findings that wait for their answers.
+    const Json::ArrayIndex elements = 6600;
     Json::Value document(Json::arrayValue);
-    for (int i = 0; i < elements; ++i) {
-        document.append(parseJson("{\"v\":1,\"x\":0}"));
+    for (Json::ArrayIndex i = 0; i < elements; ++i) {
+        Json::Value element(Json::objectValue);
+        if (i == 3 || i == elements - 1) {
+            element["x"] = 0;
+        }
+        document.append(std::move(element));
     }
-    const Outcome outcome = checkDocument(kCounted, document, true, nullptr, 4);
-    ASSERT_EQ(
-        texts(outcome.findings),
-        (std::vector<std::string>{"/0/n: added with default 70000", "/0/x: dropped (never read)",
-                                  "/1/n: added with default 70000", "/1/x: dropped (never read)"}));
-    EXPECT_EQ(outcome.omitted, 2u * elements - 4);
+    const Outcome outcome = checkDocument(kStreams, document, true, nullptr, 42);
+    ASSERT_EQ(outcome.findings.size(), 42u);
+    EXPECT_EQ(findingText(outcome.findings[0]), "/0/name: added with default \"\"");
+    EXPECT_EQ(findingText(outcome.findings[39]), "/3/type: added with default \"undefined\"");
+    EXPECT_EQ(findingText(outcome.findings[40]), "/3/x: dropped (never read)");
+    EXPECT_EQ(findingText(outcome.findings[41]), "/4/name: added with default \"\"");
+    EXPECT_EQ(outcome.omitted, 10 * elements + 2 - 42);
 
     const std::vector<Finding> every =
-        findDifferences(kCounted, document, readAs(kCounted, document));
-    ASSERT_EQ(every.size(), 2u * elements);
-    EXPECT_EQ(findingText(every[2 * elements - 1]), "/69999/x: dropped (never read)");
-    EXPECT_EQ(findingText(every[2 * 66000]), "/66000/n: added with default 70000");
+        findDifferences(kStreams, document, readAs(kStreams, document));
+    ASSERT_EQ(every.size(), 10 * elements + 2);
+    EXPECT_EQ(findingText(every[10 * elements]), "/6599/type: added with default \"undefined\"");
+    EXPECT_EQ(findingText(every[10 * elements + 1]), "/6599/x: dropped (never read)");
 }
 
 TEST_F(ZelctCheckTest, AKeptFindingQuotesAValueTakenOutOfTheDocumentWhole) {
