@@ -2,23 +2,69 @@
 // Small classes of this file stand for the reading habits of the library's model classes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <memory>
+#include <new>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "AlarmManager.h"
 #include "Check.h"
 #include "DaifType.h"
+#include "FileMgr.h"
 #include "FileUtil.h"
+#include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "OptionChecks.h"
+#include "Output.h"
+#include "Printer.h"
 #include "Report.h"
 #include "SessionStreamList.h"
 #include "SfpInfo.h"
 #include "TempDir.h"
 
 using namespace zelct;
+
+// Allocations left before one fails with std::bad_alloc, as when the machine's memory runs
+// out in the middle of a check; negative for none. Only one allocation fails, so what is
+// printed about it afterwards can allocate again, as it can after a real failure has unwound.
+std::atomic<long> allocationsBeforeFailure{-1};
+
+void* operator new(std::size_t size) {
+    if (allocationsBeforeFailure.load() >= 0 && allocationsBeforeFailure.fetch_sub(1) == 0) {
+        throw std::bad_alloc();
+    }
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+// GCC takes the pair for new and free, not knowing that the new above is malloc.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+#pragma GCC diagnostic pop
 
 namespace {
 
@@ -486,6 +532,342 @@ TEST_F(ZelctCheckTest, JsonReportOfAnUnusableFileNamesThePath) {
     EXPECT_EQ(report["exit"], 2);
     EXPECT_EQ(report["path"], "/wavelength");
     EXPECT_FALSE(report.isMember("findings"));
+}
+
+// ---- findings kept and counted ----
+
+TEST_F(ZelctCheckTest, FindingsPastTheKeptOnesAreCountedInTheirOrder) {
+    Json::Value document(Json::arrayValue);
+    for (int i = 0; i < 50; ++i) {
+        document.append(parseJson("{\"state\":\"enabled\",\"note\":\"spare\"}"));
+    }
+    const Outcome all = checkDocument(kStreams, document, true);
+    const Outcome five = checkDocument(kStreams, document, true, nullptr, 5);
+    ASSERT_EQ(five.findings.size(), 5u);
+    EXPECT_EQ(five.omitted, all.findings.size() - 5);
+    EXPECT_EQ(all.omitted, 0u);
+    for (size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(findingText(five.findings[i]), findingText(all.findings[i]));
+    }
+    EXPECT_EQ(five.status, Outcome::Status::Findings);
+
+    const Outcome none = checkDocument(kStreams, document, true, nullptr, 0);
+    EXPECT_TRUE(none.findings.empty());
+    EXPECT_EQ(none.omitted, all.findings.size());
+    EXPECT_EQ(none.status, Outcome::Status::Findings);
+}
+
+TEST_F(ZelctCheckTest, FindingsBeyondOneBatchAreAnsweredAndCountedAlike) {
+    // Every element lacks the ten members a stream writes, and two have a member nothing
+    // reads, one in each of the first two batches of findings that wait for their answers.
+    const Json::ArrayIndex elements = 6600;
+    Json::Value document(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < elements; ++i) {
+        Json::Value element(Json::objectValue);
+        if (i == 3 || i == elements - 1) {
+            element["x"] = 0;
+        }
+        document.append(std::move(element));
+    }
+    const Outcome outcome = checkDocument(kStreams, document, true, nullptr, 42);
+    ASSERT_EQ(outcome.findings.size(), 42u);
+    EXPECT_EQ(findingText(outcome.findings[0]), "/0/name: added with default \"\"");
+    EXPECT_EQ(findingText(outcome.findings[39]), "/3/type: added with default \"undefined\"");
+    EXPECT_EQ(findingText(outcome.findings[40]), "/3/x: dropped (never read)");
+    EXPECT_EQ(findingText(outcome.findings[41]), "/4/name: added with default \"\"");
+    EXPECT_EQ(outcome.omitted, 10 * elements + 2 - 42);
+
+    const std::vector<Finding> every =
+        findDifferences(kStreams, document, readAs(kStreams, document));
+    ASSERT_EQ(every.size(), 10 * elements + 2);
+    EXPECT_EQ(findingText(every[10 * elements]), "/6599/type: added with default \"undefined\"");
+    EXPECT_EQ(findingText(every[10 * elements + 1]), "/6599/x: dropped (never read)");
+}
+
+TEST_F(ZelctCheckTest, AKeptFindingQuotesAValueTakenOutOfTheDocumentWhole) {
+    TempDir dir;
+    std::string zeros = "0";
+    for (int i = 1; i < 100; ++i) {
+        zeros += ",0";
+    }
+    writeFile(dir.file("sfp.json"), "{\"present\": true,\n \"zz\": [" + zeros + "]}");
+    const Outcome outcome = checkFile(kSfp, dir.file("sfp.json"), true);
+    const auto dropped =
+        std::find_if(outcome.findings.begin(), outcome.findings.end(),
+                     [](const Finding& f) { return pointerText(f.path) == "/zz"; });
+    ASSERT_NE(dropped, outcome.findings.end());
+    EXPECT_EQ(dropped->type, Finding::Type::Dropped);
+    EXPECT_EQ(dropped->original, parseJson("[" + zeros + "]"));
+    EXPECT_EQ(dropped->line, 2);
+    EXPECT_EQ(dropped->column, 2);
+    EXPECT_EQ(findingText({Finding::Type::NotWrittenBack, dropped->path, dropped->original, {}}),
+              "/zz: [...] (100 elements) read but not written back");
+}
+
+TEST_F(ZelctCheckTest, ReportsGiveTheNumberOfFindingsNotKept) {
+    Outcome outcome = checkDocument(kState, parseJson("{\"state\":\"enabled\"}"), true);
+    outcome.omitted = 9999000;
+    const Json::Value report = outcomeJson("state.json", kState, outcome);
+    EXPECT_EQ(report["omitted"].asLargestUInt(), 9999000u);
+    EXPECT_EQ(omittedText(9999000), "... and 9,999,000 more findings like these");
+    EXPECT_EQ(omittedText(1), "... and 1 more finding like these");
+    EXPECT_EQ(omittedText(999), "... and 999 more findings like these");
+
+    std::ostringstream text;
+    std::ostringstream err;
+    makePrinter(Format::Text, text, err)->checked("state.json", kState, outcome);
+    EXPECT_EQ(text.str(),
+              "state.json: /state: \"enabled\" read as \"Disabled\"\n"
+              "state.json: ... and 9,999,000 more findings like these\n");
+
+    std::ostringstream github;
+    makePrinter(Format::Github, github, err)->checked("state.json", kState, outcome);
+    EXPECT_EQ(github.str(),
+              "::warning file=state.json,title=zelct state%3A changed::/state: \"enabled\" read "
+              "as \"Disabled\"\n"
+              "::warning file=state.json,title=zelct state%3A omitted::... and 9,999,000 more "
+              "findings like these\n");
+
+    std::ostringstream sarif;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Sarif, sarif, err);
+    printer->checked("state.json", kState, outcome);
+    printer->finish(1);
+    const Json::Value log = parseJson(sarif.str());
+    const Json::Value& omitted = log["runs"][0]["properties"]["omittedResults"];
+    ASSERT_EQ(omitted.size(), 1u);
+    EXPECT_EQ(omitted[0]["uri"], "state.json");
+    EXPECT_EQ(omitted[0]["omitted"].asLargestUInt(), 9999000u);
+    EXPECT_EQ(log["runs"][0]["results"].size(), 1u);
+}
+
+// ---- running out of memory ----
+
+TEST_F(ZelctCheckTest, RunningOutOfMemoryAnywhereInACheckIsNeverTheFilesFault) {
+    TempDir dir;
+    writeFile(dir.file("sfp.json"), "{\"present\": 1, \"vendor\": \"x\", \"wavelength\": 850.5}");
+    const Outcome expected = checkFile(kSfp, dir.file("sfp.json"), true);
+    ASSERT_EQ(expected.status, Outcome::Status::Findings);
+    // Every allocation of the check in turn fails; the check throws std::bad_alloc, or gives
+    // the same verdict when the failure did not matter. jsoncpp's reader reads a number
+    // through a string stream, which takes a failed allocation for a text that is no number:
+    // those places alone may come out as a parse failure, never as the document's fault.
+    long failures = 0;
+    long misread = 0;
+    for (long allocation = 0;; ++allocation) {
+        allocationsBeforeFailure = allocation;
+        bool threw = false;
+        Outcome outcome;
+        try {
+            outcome = checkFile(kSfp, dir.file("sfp.json"), true);
+        } catch (const std::bad_alloc&) {
+            threw = true;
+        }
+        const bool reached = allocationsBeforeFailure.load() < 0;
+        allocationsBeforeFailure = -1;
+        if (!reached) {
+            break;  // the check made fewer allocations than that: every one has failed once
+        }
+        ++failures;
+        if (threw || texts(outcome.findings) == texts(expected.findings)) {
+            continue;
+        }
+        ++misread;
+        EXPECT_EQ(outcome.problem.find("bad_alloc"), std::string::npos) << outcome.problem;
+        EXPECT_EQ(outcome.problem.find("cannot read"), std::string::npos) << outcome.problem;
+    }
+    EXPECT_GT(failures, 100);
+    EXPECT_LE(misread, 2);
+}
+
+TEST_F(ZelctCheckTest, RunningOutOfMemoryIsReportedAsItsOwnCause) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::unique_ptr<Printer> printer = makePrinter(Format::Json, out, err);
+    TempDir dir;
+    writeFile(dir.file("sfp.json"), "{\"present\": true}");
+    const int exit = withinMemory(*printer, "sfp.json", [&] {
+        allocationsBeforeFailure = 0;
+        checkInput(kSfp, dir.file("sfp.json"), true);
+        return 0;
+    });
+    allocationsBeforeFailure = -1;
+    EXPECT_EQ(exit, 2);
+    EXPECT_EQ(err.str(), "sfp.json: out of memory\n");
+    EXPECT_EQ(printer->finish(exit), 2);
+    const Json::Value report = parseJson(out.str());
+    EXPECT_EQ(report["error"], "out of memory");
+    EXPECT_EQ(report["file"], "sfp.json");
+    EXPECT_EQ(report["exit"], 2);
+}
+
+// ---- storing what normalize wrote ----
+
+namespace {
+
+// While alive, a file may grow to `bytes` at most: a write past it fails with EFBIG as on a
+// full disk, whoever the process runs as. SIGXFSZ, which would end the process, is ignored.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &saved_);
+        previous_ = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = saved_;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &saved_);
+        std::signal(SIGXFSZ, previous_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit saved_{};
+    void (*previous_)(int) = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ZelctCheckTest, AFailedStoreOverTheInputLeavesTheInputWhole) {
+    TempDir dir;
+    const std::string input = dir.file("sfp.json");
+    const std::string text = "{\"present\": true, \"vendor-name\": \"FS\"}";
+    writeFile(input, text);
+    Json::Value document;
+    SfpInfo().Serialize(document);
+    ASSERT_GT(document.toStyledString().size(), 64u);
+    {
+        // What a plain store in place does on a full disk: the document is cut off.
+        FileSizeLimit full(64);
+        EXPECT_EQ(FileMgr().storeLocalCfg(dir.file("plain.json"), document), -41);
+    }
+    EXPECT_EQ(readFile(dir.file("plain.json")).size(), 64u);
+
+    Stored stored;
+    {
+        FileSizeLimit full(64);
+        stored = storeDocument(dir.path() + "/./sfp.json", document);  // the input, otherwise named
+    }
+    EXPECT_EQ(stored.code, -41);
+    EXPECT_EQ(stored.reason, "File too large");
+    EXPECT_EQ(readFile(input), text);
+    EXPECT_EQ(namesIn(dir.path()), (std::vector<std::string>{"plain.json", "sfp.json"}));
+
+    stored = storeDocument(dir.path() + "/./sfp.json", document);
+    EXPECT_EQ(stored.code, 0);
+    EXPECT_EQ(stored.reason, "");
+    EXPECT_EQ(readFile(input), document.toStyledString());
+}
+
+TEST_F(ZelctCheckTest, AStoreNeverOpensWhatIsAtThePath) {
+    // A FIFO put at the path after zelct looked at it: storing must neither wait for a reader
+    // nor write into it.
+    TempDir dir;
+    const std::string fifo = dir.file("out.json");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const Stored stored = storeDocument(fifo, parseJson("{\"a\":1}"));
+    EXPECT_EQ(stored.code, -43);
+    EXPECT_EQ(stored.reason, "Invalid argument");
+    struct stat info {};
+    ASSERT_EQ(::stat(fifo.c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+    EXPECT_EQ(namesIn(dir.path()), std::vector<std::string>{"out.json"});
+}
+
+TEST_F(ZelctCheckTest, TheReasonOfAFailedStoreIsTheOneTheLibraryLogged) {
+    EXPECT_EQ(storeFailureReason({{Logger::logError,
+                                   "ERR::Saving JSON to file 'a (')b:' failed to open file "
+                                   "errno='13' ('Permission denied')"}}),
+              "Permission denied");
+    EXPECT_EQ(storeFailureReason({{Logger::logError, "ERR::something else ('x')"}}), "");
+    EXPECT_EQ(storeFailureReason({}), "");
+    const Stored stored = storeDocument("/no-such-folder/x/out.json", Json::Value(1));
+    EXPECT_EQ(stored.code, -43);
+    EXPECT_EQ(stored.reason, "No such file or directory");
+    ASSERT_EQ(stored.log.size(), 1u);
+}
+
+// ---- standard input ----
+
+TEST_F(ZelctCheckTest, AClosedStandardInputIsSaidToBeClosed) {
+    const int saved = ::dup(STDIN_FILENO);
+    ASSERT_GE(saved, 0);
+    ::close(STDIN_FILENO);
+    std::string error;
+    const bool copied = StandardInputFile().copy(error);
+    const Outcome outcome = checkInput(kSfp, "-", true);
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(error, "standard input is closed");
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(outcome.problem, "standard input is closed");
+    EXPECT_EQ(exitCodeOf(outcome.status), 2);
+}
+
+TEST_F(ZelctCheckTest, TheCopyOfStandardInputGoesWithAnInterruptingSignal) {
+    for (int signal : {SIGINT, SIGTERM}) {
+        TempDir dir;
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            // Reads standard input until the test's end of the pipe closes, which it never
+            // does before the signal.
+            ::dup2(pipe[0], STDIN_FILENO);
+            ::close(pipe[0]);
+            ::close(pipe[1]);
+            ::setenv("TMPDIR", dir.path().c_str(), 1);
+            std::string error;
+            StandardInputFile().copy(error);
+            ::_exit(0);
+        }
+        ::close(pipe[0]);
+        ASSERT_EQ(::write(pipe[1], "{\"present\":", 12), 12);
+        for (int wait = 0; wait < 500 && namesIn(dir.path()).empty(); ++wait) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_EQ(namesIn(dir.path()).size(), 1u);
+        EXPECT_EQ(namesIn(dir.path())[0].compare(0, 12, "zelct-stdin-"), 0);
+        ::kill(child, signal);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ::close(pipe[1]);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), signal);
+        EXPECT_TRUE(namesIn(dir.path()).empty()) << signal;
+    }
+}
+
+// ---- command-line values ----
+
+TEST_F(ZelctCheckTest, ZeroCountsAndAnEmptyVideoFormatAreRefused) {
+    CLI::App app;
+    unsigned int spp = 7;
+    std::string format = "unset";
+    app.add_option("--spp", spp)->check(atLeastOne());
+    app.add_option("FORMAT", format)->check(namesSomething());
+    try {
+        app.parse(std::vector<std::string>{"0", "--spp"});  // CLI11 reads them from the back
+        ADD_FAILURE() << "0 taken";
+    } catch (const CLI::ValidationError& e) {
+        EXPECT_STREQ(e.what(), "--spp: must be 1 or more, not 0");
+    }
+    app.clear();
+    try {
+        app.parse(std::vector<std::string>{""});
+        ADD_FAILURE() << "an empty format taken";
+    } catch (const CLI::ValidationError& e) {
+        EXPECT_STREQ(e.what(),
+                     "FORMAT: an empty name names no format: give its text (1080P59) or its "
+                     "number");
+    }
+    app.clear();
+    app.parse(std::vector<std::string>{"1080P59", "1", "--spp"});
+    EXPECT_EQ(spp, 1u);
+    EXPECT_EQ(format, "1080P59");
 }
 
 TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {

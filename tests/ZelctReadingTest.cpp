@@ -183,6 +183,33 @@ TEST_F(ZelctReadingTest, CommentBeforeAClosingBraceIsATrapTheStrictReaderMisses)
     EXPECT_EQ(traps[0].offset, 7u);
 }
 
+TEST_F(ZelctReadingTest, PastTheKeptTrapsTheOthersAreOnlyCountedInTheOrderOfTheText) {
+    // Duplicated members are known only when their object closes, after the comments that
+    // follow them in the text; thousands of them make the scan trim what it holds on the way.
+    std::string text = "{\"a\":0,";
+    for (int i = 0; i < 3000; ++i) {
+        text += "\"a\":0,";
+    }
+    text += "\"b\":[1,/* x */ 2,]}";
+    for (int i = 0; i < 5; ++i) {
+        text += "// after\n";
+    }
+    const std::vector<ReadingTrap> every = trapsOf(text);
+    ASSERT_EQ(every.size(), 3000u + 1 + 1 + 5);
+    for (size_t keep : {size_t{0}, size_t{1}, size_t{2999}, size_t{3001}, size_t{3006}}) {
+        size_t more = 0;
+        const std::vector<ReadingTrap> kept = scanReadingTraps(text, text.size(), keep, &more);
+        ASSERT_EQ(kept.size(), keep);
+        EXPECT_EQ(more, every.size() - keep);
+        for (size_t i = 0; i < keep; ++i) {
+            EXPECT_EQ(kept[i].offset, every[i].offset) << i;
+            EXPECT_EQ(kept[i].type, every[i].type) << i;
+        }
+    }
+    EXPECT_EQ(every[3000].type, ReadingTrap::Type::Comment);
+    EXPECT_EQ(every[3001].type, ReadingTrap::Type::TrailingComma);
+}
+
 TEST_F(ZelctReadingTest, DuplicatedMemberKeepsTheLastValueAsTheDevicesParserDoes) {
     const std::string text = "{\"a\":1,\"b\":{\"c\":[1]},\"\\u0061\":2,\"a\":3}";
     Json::Value root;
@@ -382,6 +409,31 @@ TEST_F(ZelctReadingTest, NestingAtTheLimitIsRead) {
     EXPECT_EQ(nestingPastLimit(text, 1000), text.size());
     Json::Value root;
     EXPECT_TRUE(deviceParses(text, root));
+}
+
+// The parser's limit is on values: the 1,000th may be an empty container or a scalar inside
+// 999 of them, never a scalar inside 1,000.
+TEST_F(ZelctReadingTest, TheNestingLimitCountsTheInnermostValue) {
+    Json::Value root;
+    const std::string fits = std::string(999, '[') + "0" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(fits, 1000), fits.size());
+    EXPECT_TRUE(deviceParses(fits, root));
+
+    const std::string past = std::string(1000, '[') + " 0" + std::string(1000, ']');
+    EXPECT_EQ(nestingPastLimit(past, 1000), 1001u);
+    EXPECT_THROW(deviceParses(past, root), Json::RuntimeError);
+    const Outcome outcome = checkText(past);
+    EXPECT_EQ(outcome.problem,
+              "not valid JSON: Exceeded stackLimit in readValue(). (FileMgr code -13)");
+    EXPECT_EQ(outcome.column, 1002);
+
+    // A member's name in the innermost object is no value; its value is one.
+    const std::string named = std::string(999, '[') + "{\"a\":[]}" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(named, 1000), named.find("[]"));
+    EXPECT_THROW(deviceParses(named, root), Json::RuntimeError);
+    const std::string empty = std::string(999, '[') + "{}" + std::string(999, ']');
+    EXPECT_EQ(nestingPastLimit(empty, 1000), empty.size());
+    EXPECT_TRUE(deviceParses(empty, root));
 }
 
 TEST_F(ZelctReadingTest, LogLinesOfTheLoadAreInTheOutcome) {

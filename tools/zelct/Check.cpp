@@ -7,6 +7,7 @@
 #include <iterator>
 #include <limits>
 #include <map>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -28,8 +29,12 @@ namespace {
 constexpr size_t kLongestQuotedContainer = 72;
 
 std::string quoted(const Json::Value& value) {
-    std::string text = compactJson(value);
-    if (text.size() <= kLongestQuotedContainer || !(value.isObject() || value.isArray())) {
+    const bool container = value.isObject() || value.isArray();
+    // Each element takes a character and a comma at least, so a container this long is
+    // summarised without writing out its text, which may be most of a large file.
+    std::string text = container && value.size() > kLongestQuotedContainer / 2 ? std::string()
+                                                                               : compactJson(value);
+    if (!container || (!text.empty() && text.size() <= kLongestQuotedContainer)) {
         return text;
     }
     const std::string count = std::to_string(value.size());
@@ -218,6 +223,20 @@ struct Question {
     bool answer;     // read, or (Empty) noticed when removed
 };
 
+// A finding until it is known to be kept: the values it quotes stay where they are, in the
+// document and in what was understood, so that the findings past the kept ones never cost a
+// copy of what they quote.
+struct Pending {
+    Finding::Type type;
+    JsonPath path;
+    const Json::Value* understood;  // for Changed and Added
+    bool ignorable = false;         // an empty member whose removal the reading never notices
+};
+
+// Findings wait for their answers in batches of this many, so that what a comparison holds
+// beside the document stays the same however many findings it has.
+constexpr size_t kPendingBatch = 65536;
+
 // Where questions are answered: the whole document, or one element of a top-level array read
 // alone as a list of one, with its own baseline. Lists whose elements read alone as they read
 // among the others (each element appended on its own) are answered element by element, so a
@@ -234,24 +253,22 @@ struct Scope {
 
 class Comparison {
 public:
-    Comparison(const Kind& kind, const Json::Value& document, const Reading& baseline,
-               size_t exactWork)
-        : kind_(kind), document_(document), baseline_(baseline), exactWork_(exactWork) {}
+    Comparison(const Kind& kind, Json::Value& document, const Reading& baseline, size_t exactWork,
+               KeptFindings& kept)
+        : kind_(kind),
+          document_(document),
+          baseline_(baseline),
+          empty_(understoodAsShaped(Json::Value(), document)),
+          understood_(baseline.understood.isNull() ? empty_ : baseline.understood),
+          kept_(kept),
+          room_(kept.room()),
+          exactWork_(exactWork) {}
 
-    std::vector<Finding> run() {
+    void run() {
         JsonPath path;
-        const Json::Value empty = understoodAsShaped(Json::Value(), document_);
-        const Json::Value& understood =
-            baseline_.understood.isNull() ? empty : baseline_.understood;
-        walk(document_, understood, path);
-        answerAll(understood);
-        std::vector<Finding> findings;
-        for (size_t i = 0; i < findings_.size(); ++i) {
-            if (!ignorable_[i]) {
-                findings.push_back(std::move(findings_[i]));
-            }
-        }
-        return findings;
+        walk(document_, understood_, path);
+        flush();
+        takeKept();
     }
 
 private:
@@ -264,8 +281,7 @@ private:
         } else if (original.isArray() && understood.isArray()) {
             walkElements(original, understood, path);
         } else {
-            ask(Question::Kind::Read, original, path,
-                {Finding::Type::Changed, path, original, understood});
+            ask(Question::Kind::Read, original, path, Finding::Type::Changed, &understood);
         }
     }
 
@@ -315,7 +331,7 @@ private:
         for (Json::ArrayIndex j = 0; j < understood.size(); ++j) {
             if (!paired[j]) {
                 path.push_back(PathStep::element(j));
-                addFinding({Finding::Type::Added, path, Json::Value(), understood[j]});
+                addPending(Finding::Type::Added, path, &understood[j]);
                 path.pop_back();
             }
         }
@@ -327,7 +343,7 @@ private:
         } else if (original != nullptr) {
             missing(*original, path);
         } else {
-            addFinding({Finding::Type::Added, path, Json::Value(), *understood});
+            addPending(Finding::Type::Added, path, understood);
         }
     }
 
@@ -335,23 +351,64 @@ private:
     // as long as the reading is the same without it; else it is read or dropped.
     void missing(const Json::Value& original, const JsonPath& path) {
         ask(isEmptyValue(original) ? Question::Kind::Empty : Question::Kind::Read, original, path,
-            {Finding::Type::NotWrittenBack, path, original, Json::Value()});
+            Finding::Type::NotWrittenBack, nullptr);
     }
 
-    size_t addFinding(Finding finding) {
-        findings_.push_back(std::move(finding));
-        ignorable_.push_back(false);
-        return findings_.size() - 1;
+    size_t addPending(Finding::Type type, const JsonPath& path, const Json::Value* understood) {
+        if (pending_.size() >= kPendingBatch) {
+            flush();
+        }
+        pending_.push_back({type, path, understood});
+        return pending_.size() - 1;
     }
 
     void ask(Question::Kind kind, const Json::Value& original, const JsonPath& path,
-             Finding ifRead) {
-        questions_.push_back({kind, path, &original, addFinding(std::move(ifRead)), false});
+             Finding::Type ifRead, const Json::Value* understood) {
+        const size_t finding = addPending(ifRead, path, understood);
+        questions_.push_back({kind, path, &original, finding, false});
+    }
+
+    // Answers the questions of the waiting findings, then keeps or counts those findings in
+    // the order they were found.
+    void flush() {
+        answerAll();
+        for (Pending& pending : pending_) {
+            if (pending.ignorable ||
+                (kept_.noFinding != nullptr && kept_.noFinding(pending.type, pending.path))) {
+                continue;
+            }
+            if (taken_.size() < room_) {
+                taken_.push_back(std::move(pending));
+            } else {
+                ++kept_.omitted;
+            }
+        }
+        pending_.clear();
+        questions_.clear();
+    }
+
+    // The kept findings with what they quote. The originals are moved out of the document,
+    // which is not read again: a finding may quote most of a large file.
+    void takeKept() {
+        for (Pending& pending : taken_) {
+            Finding finding{pending.type, std::move(pending.path), Json::Value(), Json::Value()};
+            if (finding.type != Finding::Type::Added) {
+                if (Json::Value* node = nodeAt(document_, finding.path)) {
+                    finding.original.swapPayload(*node);
+                }
+            }
+            if (finding.type == Finding::Type::Changed || finding.type == Finding::Type::Added) {
+                finding.understood = *pending.understood;
+            }
+            kept_.findings.push_back(std::move(finding));
+        }
+        taken_.clear();
     }
 
     // ---- answers ----
 
-    void answerAll(const Json::Value& understood) {
+    void answerAll() {
+        const Json::Value& understood = understood_;
         if (questions_.empty()) {
             return;
         }
@@ -440,6 +497,11 @@ private:
                                  : notices(scope, items, Perturbation::Probe) ||
                                        notices(scope, items, Perturbation::Remove) ||
                                        notices(scope, items, Perturbation::Other);
+        if (scope.notLocal) {
+            // The element reads otherwise alone: what was noticed says nothing about these
+            // nodes, and recorded it would teach the patterns a wrong answer.
+            return;
+        }
         if (!noticed || items.size() == 1) {
             for (size_t i : items) {
                 record(i, noticed);
@@ -470,29 +532,49 @@ private:
         return scoped;
     }
 
-    bool notices(Scope& scope, const std::vector<size_t>& items, Perturbation how) {
-        Json::Value perturbed = copyOf(scope);
-        bool changed = false;
-        // From the last node back, so that cutting off the last elements of an array leaves
-        // the indices of the earlier ones as they are.
-        for (auto it = items.rbegin(); it != items.rend(); ++it) {
-            const Question& question = questions_[*it];
-            const JsonPath path = scopedPath(scope, question.path);
-            if (how == Perturbation::Remove) {
-                removeAt(perturbed, path);
-                changed = true;
+    // A fresh copy of the scope's document with the items' nodes perturbed. The nodes are
+    // swapped out of the document while it is copied and then back, so a large node in
+    // question (a long list under a member nothing reads) is never copied to be perturbed.
+    bool perturbedCopy(const Scope& scope, const std::vector<size_t>& items, Perturbation how,
+                       Json::Value& perturbed) {
+        std::vector<Json::Value> values(items.size());
+        std::vector<Json::Value*> nodes(items.size(), nullptr);
+        bool changed = how == Perturbation::Remove;
+        for (size_t k = 0; k < items.size(); ++k) {
+            const Question& question = questions_[items[k]];
+            if (how == Perturbation::Probe) {
+                values[k] = probeValue();
+            } else if (how == Perturbation::Other &&
+                       !otherValueOfType(*question.original, values[k])) {
                 continue;
             }
-            Json::Value value = probeValue();
-            if (how == Perturbation::Other && !otherValueOfType(*question.original, value)) {
-                continue;
-            }
-            if (Json::Value* node = nodeAt(perturbed, path)) {
-                *node = value;
+            nodes[k] = nodeAt(document_, question.path);
+            if (nodes[k] != nullptr) {
+                nodes[k]->swap(values[k]);
                 changed = true;
             }
         }
-        if (!changed) {
+        if (changed) {
+            perturbed = copyOf(scope);
+        }
+        for (size_t k = 0; k < items.size(); ++k) {
+            if (nodes[k] != nullptr) {
+                nodes[k]->swap(values[k]);
+            }
+        }
+        if (how == Perturbation::Remove) {
+            // From the last node back, so that cutting off the last elements of an array
+            // leaves the indices of the earlier ones as they are.
+            for (auto it = items.rbegin(); it != items.rend(); ++it) {
+                removeAt(perturbed, scopedPath(scope, questions_[*it].path));
+            }
+        }
+        return changed;
+    }
+
+    bool notices(Scope& scope, const std::vector<size_t>& items, Perturbation how) {
+        Json::Value perturbed;
+        if (!perturbedCopy(scope, items, how, perturbed)) {
             return false;
         }
         work_ += scope.nodes;
@@ -548,15 +630,15 @@ private:
     }
 
     void settle(const Question& question) {
-        Finding& finding = findings_[question.finding];
+        Pending& finding = pending_[question.finding];
         if (question.kind == Question::Kind::Empty) {
             // Removing it changes the reading, so it is read and not written back.
-            ignorable_[question.finding] = !question.answer;
+            finding.ignorable = !question.answer;
             return;
         }
         if (!question.answer) {
             finding.type = Finding::Type::Dropped;
-            finding.understood = Json::Value();
+            finding.understood = nullptr;
         }
     }
 
@@ -568,10 +650,14 @@ private:
     static constexpr int kTrustedAfter = 3;
 
     const Kind& kind_;
-    const Json::Value& document_;
+    Json::Value& document_;
     const Reading& baseline_;
-    std::vector<Finding> findings_;
-    std::vector<bool> ignorable_;  // an empty member whose removal the reading never notices
+    const Json::Value empty_;        // what an empty understanding stands for
+    const Json::Value& understood_;  // the baseline's understanding, or empty_
+    KeptFindings& kept_;
+    size_t room_;                   // findings the caller still keeps
+    std::vector<Pending> taken_;    // the kept ones, until the comparison ends
+    std::vector<Pending> pending_;  // waiting for the answers to their questions
     std::vector<Question> questions_;
     std::map<std::string, Verdict> verdicts_;
     size_t exactWork_;  // nodes read again, all readings together
@@ -688,6 +774,14 @@ void describeParseError(Outcome& failure, const SourceText* source) {
     }
 }
 
+// FileMgr takes whatever its parser throws for a malformed text, running out of memory
+// included; its log line then quotes std::bad_alloc's own text.
+bool parserRanOutOfMemory(const std::vector<LogLine>& log) {
+    static const std::string logged = std::string("ERR::Error: '") + std::bad_alloc().what() + "'";
+    return std::any_of(log.begin(), log.end(),
+                       [](const LogLine& line) { return line.text == logged; });
+}
+
 Outcome unusable(std::string problem) {
     Outcome outcome;
     outcome.status = Outcome::Status::Unusable;
@@ -769,17 +863,18 @@ Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
 
 // Findings of the text itself, before any class reads it: what the device's parser accepts
 // and reads otherwise than a strict reader would.
-std::vector<Finding> readingFindings(const SourceText& source, const Json::Value& document) {
-    std::vector<Finding> findings;
-    for (const ReadingTrap& trap : scanReadingTraps(source.bytes, source.deviceLength)) {
-        findings.push_back(findingOfTrap(trap, source));
+void addReadingFindings(const SourceText& source, const Json::Value& document, KeptFindings& kept) {
+    size_t more = 0;
+    for (const ReadingTrap& trap :
+         scanReadingTraps(source.bytes, source.deviceLength, kept.room(), &more)) {
+        kept.findings.push_back(findingOfTrap(trap, source));
         if (trap.type == ReadingTrap::Type::DuplicateMember) {
-            if (const Json::Value* kept = nodeAt(document, trap.path)) {
-                findings.back().understood = *kept;
+            if (const Json::Value* value = nodeAt(document, trap.path)) {
+                kept.findings.back().understood = *value;
             }
         }
     }
-    return findings;
+    kept.omitted += more;
 }
 
 // Where a finding is: the node itself, the name of a member, or for an added node the object
@@ -796,9 +891,10 @@ Position positionOfPath(const SourceText& source, const Json::Value& document, J
     return source.positionOf(*node, !path.empty() && !path.back().isIndex);
 }
 
-void placeFindings(std::vector<Finding>& findings, const SourceText& source,
+void placeFindings(std::vector<Finding>& findings, size_t first, const SourceText& source,
                    const Json::Value& document) {
-    for (Finding& finding : findings) {
+    for (size_t i = first; i < findings.size(); ++i) {
+        Finding& finding = findings[i];
         const Position position =
             positionOfPath(source, document, finding.path, finding.type == Finding::Type::Added);
         finding.line = position.line;
@@ -843,7 +939,8 @@ Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
 }
 
 // jsoncpp's error text starts with "* Line L, Column C" (C counting bytes).
-// The deepest nesting jsoncpp's reader accepts with its default settings.
+// How deep jsoncpp's reader, with its default settings (stackLimit), nests values: the
+// top-level value is the first, and an empty innermost container is one like any other.
 constexpr size_t kParserNestingLimit = 1000;
 
 // Where the text nests deeper than the parser's limit, or no position when it does not.
@@ -1002,6 +1099,8 @@ Reading readInPlace(const Kind& kind, Json::Value& document) {
         std::unique_ptr<IJsonSerializable> object = kind.make();
         object->Deserialize(document);
         object->Serialize(reading.understood);
+    } catch (const std::bad_alloc&) {
+        throw;  // the machine's limit, not the document's: no reading can be judged by it
     } catch (const std::exception& e) {
         reading.failed = true;
         reading.error = e.what();
@@ -1081,7 +1180,15 @@ std::string findingText(const Finding& finding) {
 
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline, size_t exactWork) {
-    return Comparison(kind, document, baseline, exactWork).run();
+    Json::Value work = document;
+    KeptFindings kept(std::numeric_limits<size_t>::max());
+    findDifferencesTaking(kind, work, baseline, kept, exactWork);
+    return std::move(kept.findings);
+}
+
+void findDifferencesTaking(const Kind& kind, Json::Value& document, const Reading& baseline,
+                           KeptFindings& kept, size_t exactWork) {
+    Comparison(kind, document, baseline, exactWork, kept).run();
 }
 
 FailurePlace locateFailure(const Kind& kind, const Json::Value& document) {
@@ -1149,29 +1256,32 @@ Outcome wrongTopLevel(const Kind& kind, const Json::Value& document, const Sourc
 
 // A top-level "$schema" names the schema an editor checks the document against. The library
 // never reads it, as intended, so it is no finding.
-bool isSchemaReference(const Finding& finding) {
-    return finding.type == Finding::Type::Dropped && finding.path.size() == 1 &&
-           !finding.path[0].isIndex && finding.path[0].key == "$schema";
+bool isSchemaReference(Finding::Type type, const JsonPath& path) {
+    return type == Finding::Type::Dropped && path.size() == 1 && !path[0].isIndex &&
+           path[0].key == "$schema";
 }
 
-// The verdict on a document that was read without failing.
-Outcome judged(const Kind& kind, const Json::Value& document, Reading& reading, bool withFindings,
-               const SourceText* source) {
+// The verdict on a document that was read without failing. The document is the check's own:
+// the kept findings take what they quote out of it.
+Outcome judged(const Kind& kind, Json::Value& document, Reading& reading, bool withFindings,
+               const SourceText* source, size_t keep) {
     Outcome outcome;
     if (withFindings) {
+        KeptFindings kept(keep);
+        kept.noFinding = &isSchemaReference;
         if (source != nullptr) {
-            outcome.findings = readingFindings(*source, document);
+            addReadingFindings(*source, document, kept);
         }
-        std::vector<Finding> differences = findDifferences(kind, document, reading);
-        differences.erase(
-            std::remove_if(differences.begin(), differences.end(), &isSchemaReference),
-            differences.end());
+        const size_t differences = kept.findings.size();
+        findDifferencesTaking(kind, document, reading, kept);
         if (source != nullptr) {
-            placeFindings(differences, *source, document);
+            placeFindings(kept.findings, differences, *source, document);
         }
-        std::move(differences.begin(), differences.end(), std::back_inserter(outcome.findings));
-        outcome.status =
-            outcome.findings.empty() ? Outcome::Status::Exact : Outcome::Status::Findings;
+        outcome.findings = std::move(kept.findings);
+        outcome.omitted = kept.omitted;
+        outcome.status = outcome.findings.empty() && outcome.omitted == 0
+                             ? Outcome::Status::Exact
+                             : Outcome::Status::Findings;
     }
     outcome.understood = std::move(reading.understood);
     outcome.log = std::move(reading.log);
@@ -1189,7 +1299,7 @@ bool parsedAgain(const SourceText& source, Json::Value& document) {
 // Checks a loaded file reading its document in place, as the device does, so that a document
 // the library cannot read is never copied. The comparison needs the document as the file
 // has it, which the reading changed: it is parsed again from the text.
-Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings) {
+Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings, size_t keep) {
     const SourceText& source = *loaded.source;
     if (!hasTopLevel(kind, loaded.document)) {
         return wrongTopLevel(kind, loaded.document, &source);
@@ -1201,20 +1311,20 @@ Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings) {
         return outcome;
     }
     if (!withFindings) {
-        return judged(kind, loaded.document, reading, false, &source);
+        return judged(kind, loaded.document, reading, false, &source, keep);
     }
     loaded.document = Json::Value();
     Json::Value document;
     if (!parsedAgain(source, document)) {
         return unusable("the file changed while it was checked");
     }
-    return judged(kind, document, reading, true, &source);
+    return judged(kind, document, reading, true, &source, keep);
 }
 
 }  // namespace
 
 Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
-                      const SourceText* source) {
+                      const SourceText* source, size_t keep) {
     if (!hasTopLevel(kind, document)) {
         return wrongTopLevel(kind, document, source);
     }
@@ -1226,8 +1336,8 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
         outcome.log = std::move(reading.log);
         return outcome;
     }
-    work = Json::Value();
-    return judged(kind, document, reading, withFindings, source);
+    work = document;
+    return judged(kind, work, reading, withFindings, source, keep);
 }
 
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
@@ -1236,10 +1346,15 @@ bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
     std::string thrown;
     try {
         code = FileMgr().loadLocalCfg(path, loaded.document);
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& e) {
         thrown = e.what();
     } catch (...) {
         thrown = "unknown exception";
+    }
+    if (code == FileMgr::kErrParse && parserRanOutOfMemory(recorder.lines())) {
+        throw std::bad_alloc();
     }
     if (code == 0 && thrown.empty()) {
         loaded.source = readSource(path);
@@ -1270,13 +1385,13 @@ bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
     return false;
 }
 
-Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings) {
-    Outcome outcome = checkDocument(kind, loaded.document, withFindings, loaded.source.get());
+Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings, size_t keep) {
+    Outcome outcome = checkDocument(kind, loaded.document, withFindings, loaded.source.get(), keep);
     outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
     return outcome;
 }
 
-Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) {
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings, size_t keep) {
     try {
         LoadedFile loaded;
         Outcome failure;
@@ -1284,11 +1399,13 @@ Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings) 
             return failure;
         }
         if (loaded.source == nullptr) {
-            return checkLoaded(kind, loaded, withFindings);
+            return checkLoaded(kind, loaded, withFindings, keep);
         }
-        Outcome outcome = checkInPlace(kind, loaded, withFindings);
+        Outcome outcome = checkInPlace(kind, loaded, withFindings, keep);
         outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
         return outcome;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& e) {
         return unusable(std::string("cannot be checked (") + e.what() + ")");
     }

@@ -75,6 +75,25 @@ const char* findingTypeName(Finding::Type type);
 // JSON; an object or array longer than a line's worth is summarised by its size.
 std::string findingText(const Finding& finding);
 
+// How many findings of one file a check keeps. A hostile file can hold millions (every element
+// of a long list an unknown member); kept whole, they would cost many times the document and
+// print a report nobody reads. Those after the first ones are only counted.
+constexpr size_t kKeptFindings = 1000;
+
+// The findings of one file in the order they are found: the first `keep`, and the number of
+// those after them.
+struct KeptFindings {
+    explicit KeptFindings(size_t keep) : keep(keep) {}
+
+    size_t room() const { return findings.size() < keep ? keep - findings.size() : 0; }
+
+    size_t keep;
+    std::vector<Finding> findings;
+    size_t omitted = 0;
+    // A difference that is no finding at all, neither kept nor counted; null for none.
+    bool (*noFinding)(Finding::Type type, const JsonPath& path) = nullptr;
+};
+
 // Walks the document and what the library understood from it (`baseline`, a successful
 // reading of it) side by side. Where they differ, it finds out whether the class reads the
 // node by reading the document again with the node replaced by a value no reader accepts,
@@ -84,6 +103,12 @@ std::string findingText(const Finding& finding);
 constexpr size_t kExactWork = 200000;
 std::vector<Finding> findDifferences(const Kind& kind, const Json::Value& document,
                                      const Reading& baseline, size_t exactWork = kExactWork);
+
+// The same into `kept`, on a document of the caller's that it empties: the originals of the
+// kept findings are moved out of it, not copied (their places in the text stay, as jsoncpp keeps
+// offsets apart from values). Nodes are perturbed in place and restored while it runs.
+void findDifferencesTaking(const Kind& kind, Json::Value& document, const Reading& baseline,
+                           KeptFindings& kept, size_t exactWork = kExactWork);
 
 // Where a reading that throws goes wrong: the first node in document order that the reading
 // rejects, as deep as replacing nodes by null (read as the defaults) can tell, and what the
@@ -103,7 +128,8 @@ FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work);
 struct Outcome {
     enum class Status { Exact, Findings, Unusable };
     Status status = Status::Exact;
-    std::vector<Finding> findings;
+    std::vector<Finding> findings;  // the first kKeptFindings (or the check's own limit)
+    size_t omitted = 0;             // findings after those, counted only
     Json::Value understood;
     std::string problem;        // Unusable: one line, without the file name
     int fileMgrCode = 0;        // Unusable because FileMgr refused the file; else 0
@@ -121,7 +147,7 @@ int exitCodeOf(Outcome::Status status);
 // With the file's `source`, findings carry their positions and the text's own traps are
 // reported first.
 Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
-                      const SourceText* source = nullptr);
+                      const SourceText* source = nullptr, size_t keep = kKeptFindings);
 
 // A file as the device loads it, with its text for positions.
 struct LoadedFile {
@@ -136,10 +162,13 @@ struct LoadedFile {
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure);
 
 // Checks a loaded file; the outcome's log starts with the load's lines.
-Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings);
+Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings,
+                    size_t keep = kKeptFindings);
 
-// Loads the file and checks the document. Whatever goes wrong with one file is its own
-// Unusable outcome.
-Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings);
+// Loads the file and checks the document, keeping its first `keep` findings. Whatever goes
+// wrong with one file is its own Unusable outcome, except running out of memory, which is no
+// fault of the file: std::bad_alloc goes through to the caller.
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings,
+                  size_t keep = kKeptFindings);
 
 }  // namespace zelct

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "Printer.h"
+#include "Report.h"
 #include "SafeText.h"
 
 namespace zelct {
@@ -152,6 +153,12 @@ public:
                                        std::string("zelct ") + kind.name + ": " +
                                            findingTypeName(finding.type),
                                        findingText(finding))
+                         << '\n';
+                }
+                if (outcome.omitted > 0) {
+                    out_ << annotation("warning", file, 0, 0,
+                                       std::string("zelct ") + kind.name + ": omitted",
+                                       omittedText(outcome.omitted))
                          << '\n';
                 }
                 break;

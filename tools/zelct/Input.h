@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "Check.h"
 #include "Kinds.h"
+#include "Printer.h"
 
 namespace zelct {
 
@@ -33,10 +35,16 @@ private:
 // the temporary file's name is taken out of what the library logs about it.
 Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings);
 
-// Why a file cannot be stored at that path, checked before anything is read or opened:
-// storing would otherwise truncate a device, wait forever on a FIFO, or fail late on a
-// directory. Empty when it can be tried (an absent path included: storing creates it or
-// says why it cannot).
+// Runs one file's step of a command (`step` returns its exit code). Running out of memory
+// on the way says nothing about the file, and is no finding or reading failure of it: it is
+// reported as what it is, "FILE: out of memory", with exit code 2, once the step's memory has
+// been given back by the unwinding.
+int withinMemory(Printer& printer, const std::string& file, const std::function<int()>& step);
+
+// Why a file cannot be stored at that path, looked at before anything is read, so that a
+// wrong -o fails at once rather than after a long check. The store decides again when it
+// stores (see storeDocument); this only says early what it would say late. Empty when it can
+// be tried (an absent path included: storing creates it or says why it cannot).
 std::string unusableOutput(const std::string& path);
 
 }  // namespace zelct

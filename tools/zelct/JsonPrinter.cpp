@@ -1,5 +1,7 @@
 // JSON for programs: one document on standard output whatever happens, valid UTF-8 (a byte
 // that is not is written as the text \xNN).
+#include <utility>
+
 #include "JsonText.h"
 #include "Printer.h"
 #include "Report.h"
@@ -46,7 +48,7 @@ public:
 
     // A problem of the command itself outweighs the files and results gathered before it.
     int finish(int exit) override {
-        Json::Value document = files_;
+        Json::Value document = std::move(files_);  // written once, and may be most of a file
         if (!error_.isNull()) {
             document = error_;
             document["exit"] = exit;

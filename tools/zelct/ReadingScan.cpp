@@ -1,9 +1,11 @@
 #include "ReadingScan.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace zelct {
 
@@ -104,7 +106,8 @@ ReadingTrap trapAt(ReadingTrap::Type type, size_t offset, JsonPath path) {
 
 class Scanner {
 public:
-    Scanner(const std::string& bytes, size_t end) : text_(bytes), end_(end) {}
+    Scanner(const std::string& bytes, size_t end, size_t keep)
+        : text_(bytes), end_(end), keep_(keep) {}
 
     std::vector<ReadingTrap> run() {
         size_t pos = text_.compare(0, 3, "\xEF\xBB\xBF") == 0 && end_ >= 3 ? 3 : 0;
@@ -114,26 +117,46 @@ public:
         if (end_ < text_.size()) {
             ReadingTrap trap = trapAt(ReadingTrap::Type::AfterNul, end_, JsonPath());
             trap.count = text_.size() - end_;
-            traps_.push_back(trap);
+            add(std::move(trap));
         }
-        std::stable_sort(
-            traps_.begin(), traps_.end(),
-            [](const ReadingTrap& a, const ReadingTrap& b) { return a.offset < b.offset; });
+        keepFirst();
         return std::move(traps_);
     }
 
+    size_t more() const { return more_; }
+
 private:
+    // A duplicated member is known only when its object closes, after traps that follow it in
+    // the text, so the first traps by offset are known only at the end. Trimming to them
+    // whenever twice as many are held keeps the memory bounded and the result the same.
+    void add(ReadingTrap trap) {
+        traps_.push_back(std::move(trap));
+        if (traps_.size() / 2 >= std::max<size_t>(keep_, 1024)) {
+            keepFirst();
+        }
+    }
+
+    void keepFirst() {
+        std::stable_sort(
+            traps_.begin(), traps_.end(),
+            [](const ReadingTrap& a, const ReadingTrap& b) { return a.offset < b.offset; });
+        if (traps_.size() > keep_) {
+            more_ += traps_.size() - keep_;
+            traps_.erase(traps_.begin() + static_cast<std::ptrdiff_t>(keep_), traps_.end());
+        }
+    }
+
     size_t step(size_t pos) {
         const char c = text_[pos];
         if (isSpace(c)) {
             return pos + 1;
         }
         if (startsComment(text_, pos, end_)) {
-            traps_.push_back(trapAt(ReadingTrap::Type::Comment, pos, containerPath()));
+            add(trapAt(ReadingTrap::Type::Comment, pos, containerPath()));
             return commentEnd(text_, pos, end_);
         }
         if (rootDone_) {
-            traps_.push_back(trapAt(ReadingTrap::Type::TrailingText, pos, JsonPath()));
+            add(trapAt(ReadingTrap::Type::TrailingText, pos, JsonPath()));
             return end_;
         }
         switch (c) {
@@ -201,15 +224,21 @@ private:
         }
     }
 
-    // The device's reader assigns each member as it comes, so the last of a name stays.
-    static void finishMember(Container& object) {
+    // The device's reader assigns each member as it comes, so the last of a name stays. An
+    // object's ignored members come in the order of their offsets, so once it holds as many
+    // as are kept, the later ones can only be counted.
+    void finishMember(Container& object) {
         if (!object.memberPending) {
             return;
         }
         object.memberPending = false;
         auto placed = object.last.emplace(object.key, object.current);
         if (!placed.second) {
-            object.ignored.emplace_back(object.key, placed.first->second);
+            if (object.ignored.size() < keep_) {
+                object.ignored.emplace_back(object.key, placed.first->second);
+            } else {
+                ++more_;
+            }
             placed.first->second = object.current;
         }
     }
@@ -221,7 +250,7 @@ private:
         Container& top = stack_.back();
         const JsonPath path = containerPath();
         if (top.afterComma) {
-            traps_.push_back(trapAt(ReadingTrap::Type::TrailingComma, top.commaOffset, path));
+            add(trapAt(ReadingTrap::Type::TrailingComma, top.commaOffset, path));
         }
         if (top.isObject) {
             finishMember(top);
@@ -232,7 +261,7 @@ private:
                 trap.valueStart = ignored.second.valueStart;
                 trap.valueEnd = ignored.second.valueEnd;
                 trap.keptOffset = top.last[ignored.first].keyOffset;
-                traps_.push_back(std::move(trap));
+                add(std::move(trap));
             }
         }
         stack_.pop_back();
@@ -281,7 +310,7 @@ private:
         ReadingTrap trap = trapAt(type, offset, path_);
         trap.valueStart = pos;
         trap.valueEnd = end;
-        traps_.push_back(std::move(trap));
+        add(std::move(trap));
     }
 
     // A \u escape of a lone surrogate decodes to bytes that are no UTF-8 either.
@@ -317,6 +346,8 @@ private:
 
     const std::string& text_;
     size_t end_;
+    size_t keep_;
+    size_t more_ = 0;
     std::vector<ReadingTrap> traps_;
     std::vector<Container> stack_;
     JsonPath path_;  // one step per open container: the child being read
@@ -372,29 +403,45 @@ bool isValidUtf8(const char* begin, const char* end) {
     return true;
 }
 
-std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength) {
-    return Scanner(bytes, std::min(deviceLength, bytes.size())).run();
+std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength,
+                                          size_t keep, size_t* more) {
+    Scanner scanner(bytes, std::min(deviceLength, bytes.size()), keep);
+    std::vector<ReadingTrap> traps = scanner.run();
+    if (more != nullptr) {
+        *more = scanner.more();
+    }
+    return traps;
 }
 
 size_t nestingPastLimit(const std::string& text, size_t limit) {
-    size_t depth = 0;
+    // The parser counts values, not brackets: a number or a string inside the innermost
+    // container allowed is one level too deep, as is a container there. A member's name is
+    // no value, so within an object only what follows a colon counts.
+    std::vector<bool> inObject;
+    bool afterColon = false;
     size_t pos = 0;
     while (pos < text.size()) {
         const char c = text[pos];
-        if (c == '"') {
-            pos = stringEnd(text, pos, text.size());
-        } else if (startsComment(text, pos, text.size())) {
+        const bool valueHere =
+            !inObject.empty() && (!inObject.back() || afterColon) && inObject.size() >= limit;
+        if (startsComment(text, pos, text.size())) {
             pos = commentEnd(text, pos, text.size());
-        } else {
-            if (c == '[' || c == '{') {
-                if (++depth > limit) {
-                    return pos;
-                }
-            } else if ((c == ']' || c == '}') && depth > 0) {
-                --depth;
-            }
-            ++pos;
+            continue;
         }
+        if (c == '[' || c == '{') {
+            if (inObject.size() >= limit) {
+                return pos;
+            }
+            inObject.push_back(c == '{');
+            afterColon = false;
+        } else if ((c == ']' || c == '}') && !inObject.empty()) {
+            inObject.pop_back();
+        } else if (c == ':' || c == ',') {
+            afterColon = c == ':';
+        } else if (!isSpace(c) && valueHere) {
+            return pos;
+        }
+        pos = c == '"' ? stringEnd(text, pos, text.size()) : pos + 1;
     }
     return text.size();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -35,11 +36,15 @@ struct ReadingTrap {
 
 // Scans a whole file once, as strictly as JSON asks, for what the device's reader lets pass.
 // Only the text before the first NUL is read as JSON (the device's loader stops there); it
-// must be a text the device's reader accepted. Traps come in the order of their offsets.
-std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength);
+// must be a text the device's reader accepted. Traps come in the order of their offsets: the
+// first `keep` of them, the number of the others in `more` when it is given.
+std::vector<ReadingTrap> scanReadingTraps(const std::string& bytes, size_t deviceLength,
+                                          size_t keep = std::numeric_limits<size_t>::max(),
+                                          size_t* more = nullptr);
 
-// Where the nesting of arrays and objects first goes deeper than `limit` levels, or the
-// text's size when it never does. Strings and comments are skipped.
+// Where a value first lies deeper than `limit` levels, the top-level value being the first
+// (a container, or a scalar inside the limit-th container), or the text's size when none
+// does. Comments are skipped, and member names are no values.
 size_t nestingPastLimit(const std::string& text, size_t limit);
 
 // Whether a byte sequence is well-formed UTF-8 (no overlong forms, no surrogates, nothing

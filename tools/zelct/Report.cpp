@@ -64,7 +64,20 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
     for (const Finding& finding : outcome.findings) {
         json["findings"].append(findingJson(finding));
     }
+    if (outcome.omitted > 0) {
+        json["omitted"] = static_cast<Json::LargestUInt>(outcome.omitted);
+    }
     return json;
+}
+
+std::string omittedText(size_t omitted) {
+    // Grouped by thousands: the count may run to millions, and is read at a glance.
+    std::string digits = std::to_string(omitted);
+    for (size_t at = digits.size(); at > 3; at -= 3) {
+        digits.insert(at - 3, ",");
+    }
+    return "... and " + digits + (omitted == 1 ? " more finding" : " more findings") +
+           " like these";
 }
 
 std::string kindsText() {

@@ -7,9 +7,11 @@
 // declares so that viewers do not take them for UTF-16 units. A result whose place is unknown
 // points at the file's first line, since viewers drop results without a region.
 #include <cctype>
+#include <utility>
 
 #include "JsonText.h"
 #include "Printer.h"
+#include "Report.h"
 #include "SafeText.h"
 
 namespace zelct {
@@ -180,6 +182,14 @@ public:
         for (const Finding& finding : outcome.findings) {
             results_.append(findingResult(file, kind, finding));
         }
+        if (outcome.omitted > 0) {
+            // Counted, not kept: the run says how many results each file lacks.
+            Json::Value omitted(Json::objectValue);
+            omitted["uri"] = uriOf(file);
+            omitted["omitted"] = static_cast<Json::LargestUInt>(outcome.omitted);
+            omitted["text"] = omittedText(outcome.omitted);
+            omitted_.append(omitted);
+        }
     }
 
     void result(const Json::Value& json, const std::string& text) override {
@@ -215,7 +225,10 @@ public:
         Json::Value run(Json::objectValue);
         run["tool"]["driver"] = driverJson();
         run["columnKind"] = "unicodeCodePoints";
-        run["results"] = results_;
+        run["results"] = std::move(results_);  // written once, and may quote most of a file
+        if (!omitted_.empty()) {
+            run["properties"]["omittedResults"] = omitted_;
+        }
         Json::Value invocation(Json::objectValue);
         invocation["executionSuccessful"] = notifications_.empty();
         invocation["exitCode"] = exit;
@@ -223,7 +236,7 @@ public:
             invocation["toolExecutionNotifications"] = notifications_;
         }
         run["invocations"].append(invocation);
-        log["runs"].append(run);
+        log["runs"].append(std::move(run));
         out_ << indentedJson(withValidUtf8(log));
         return Printer::finish(exit);
     }
@@ -233,6 +246,7 @@ private:
     bool hasOther_ = false;
     bool checkedAny_ = false;
     Json::Value results_{Json::arrayValue};
+    Json::Value omitted_{Json::arrayValue};
     Json::Value notifications_{Json::arrayValue};
 };
 

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "Printer.h"
+#include "Report.h"
 #include "SafeText.h"
 
 namespace zelct {
@@ -24,6 +25,9 @@ public:
                     out_ << safeLine(placeText(file, finding.line, finding.column) + ": " +
                                      findingText(finding))
                          << '\n';
+                }
+                if (outcome.omitted > 0) {
+                    out_ << safeLine(file + ": " + omittedText(outcome.omitted)) << '\n';
                 }
                 break;
             case Outcome::Status::Unusable:

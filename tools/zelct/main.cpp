@@ -11,16 +11,18 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "Catalogues.h"
 #include "Check.h"
-#include "FileMgr.h"
 #include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
+#include "OptionChecks.h"
+#include "Output.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
@@ -82,11 +84,42 @@ int runCheck(const Arguments& args, Printer& printer) {
     }
     int worst = 0;
     for (const std::string& file : args.files) {
-        const Outcome outcome = checkInput(*kind, file, true);
-        worst = std::max(worst, exitCodeOf(outcome.status));
-        printer.checked(file, *kind, outcome);
+        worst = std::max(worst, withinMemory(printer, file, [&] {
+                             const Outcome outcome = checkInput(*kind, file, true);
+                             printer.checked(file, *kind, outcome);
+                             return exitCodeOf(outcome.status);
+                         }));
     }
     return worst;
+}
+
+// Reads the input and writes what the library understood, to OUT or standard output.
+int normalizeInto(const Kind& kind, const Arguments& args, Printer& printer) {
+    const Outcome outcome = checkInput(kind, args.input, false);
+    printer.libraryLog(outcome.log);
+    if (outcome.status == Outcome::Status::Unusable) {
+        printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
+        return kUnusable;
+    }
+    const Json::Value document = normalizedDocument(kind, outcome.understood);
+    if (!args.hasOutput) {
+        printer.document(document, document.toStyledString());
+        return 0;
+    }
+    const Stored stored = storeDocument(args.output, document);
+    printer.libraryLog(stored.log);
+    if (stored.code != 0) {
+        printer.problem({args.output, 0, 0,
+                         "cannot store: " + stored.reason + " (FileMgr code " +
+                             std::to_string(stored.code) + ")",
+                         kUnusable});
+        return kUnusable;
+    }
+    Json::Value result(Json::objectValue);
+    result["output"] = args.output;
+    result["exit"] = 0;
+    printer.result(result, "");
+    return 0;
 }
 
 int runNormalize(const Arguments& args, Printer& printer) {
@@ -101,30 +134,7 @@ int runNormalize(const Arguments& args, Printer& printer) {
             return kUnusable;
         }
     }
-    const Outcome outcome = checkInput(*kind, args.input, false);
-    printer.libraryLog(outcome.log);
-    if (outcome.status == Outcome::Status::Unusable) {
-        printer.problem({args.input, outcome.line, outcome.column, outcome.problem, kUnusable});
-        return kUnusable;
-    }
-    const Json::Value document = normalizedDocument(*kind, outcome.understood);
-    if (!args.hasOutput) {
-        printer.document(document, document.toStyledString());
-        return 0;
-    }
-    FileMgr files;
-    const int code = args.durable ? files.storeLocalCfgDurable(args.output, document)
-                                  : files.storeLocalCfg(args.output, document);
-    if (code != 0) {
-        printer.problem({args.output, 0, 0,
-                         "cannot store (FileMgr code " + std::to_string(code) + ")", kUnusable});
-        return kUnusable;
-    }
-    Json::Value stored(Json::objectValue);
-    stored["output"] = args.output;
-    stored["exit"] = 0;
-    printer.result(stored, "");
-    return 0;
+    return withinMemory(printer, args.input, [&] { return normalizeInto(*kind, args, printer); });
 }
 
 int runTemplate(const Arguments& args, Printer& printer) {
@@ -228,13 +238,14 @@ void defineCommands(CommandLine& line) {
     normalize->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
     normalize->add_option("IN", args.input, "JSON document to read (- for standard input)")
         ->required();
-    line.output = normalize->add_option("-o,--output", args.output,
-                                        "File to store the document in (FileMgr::storeLocalCfg); "
-                                        "standard output without it");
+    line.output = normalize->add_option(
+        "-o,--output", args.output,
+        "File to store the document in, with FileMgr::storeLocalCfgDurable: a temporary file "
+        "synced and renamed over OUT, so that OUT (even when it is IN) is never left half "
+        "written; standard output without it");
     normalize
         ->add_flag("--durable", args.durable,
-                   "Store with FileMgr::storeLocalCfgDurable: a temporary file synced and renamed "
-                   "over OUT, so OUT is never left half written")
+                   "Accepted for scripts that pass it: -o always stores durably")
         ->needs("--output");
 
     CLI::App* templ = addCommand(
@@ -252,7 +263,8 @@ void defineCommands(CommandLine& line) {
         "Print every figure the library derives for the 29 video formats; with FORMAT (text "
         "such as 1080P59, or number), that format's figures or the library's error",
         &runVideo);
-    video->add_option("FORMAT", args.videoFormat, "Video format text or number");
+    video->add_option("FORMAT", args.videoFormat, "Video format text or number")
+        ->check(namesSomething());
 
     CLI::App* ptime = addCommand(
         line, "ptime",
@@ -261,10 +273,13 @@ void defineCommands(CommandLine& line) {
         "a measured packet time converts to; without options, every frequency and its allowed "
         "samples per packet",
         &runPtime);
-    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz");
-    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet");
+    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz")
+                    ->check(atLeastOne());
+    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet")
+                   ->check(atLeastOne());
     line.ptimeUs =
-        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds");
+        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds")
+            ->check(atLeastOne());
 
     CLI::App* alarms = addCommand(
         line, "alarms",
@@ -372,7 +387,8 @@ int run(int argc, char** argv) {
     const std::unique_ptr<Printer> printer = makePrinter(line.args.format, std::cout, std::cerr);
     for (const auto& command : line.commands) {
         if (command.first->parsed()) {
-            return printer->finish(command.second(line.args, *printer));
+            return printer->finish(
+                withinMemory(*printer, "", [&] { return command.second(line.args, *printer); }));
         }
     }
     return kUnusable;
@@ -383,6 +399,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "zelct: out of memory\n";
     } catch (const std::exception& e) {
         std::cerr << "zelct: internal error: " << e.what() << '\n';
     } catch (...) {
