@@ -59,8 +59,9 @@ public:
 
     // Loads and parses the file into root; any JSON document is accepted (object, array or
     // scalar). 0, -17 or -13; on -17 and -13 root is exactly as it was. Never throws: a
-    // document that jsoncpp refuses by throwing (nested 1,000 levels deep or more: 999 load)
-    // gives -13 with the same two lines as any malformed text, the second carrying
+    // document that jsoncpp refuses by throwing (values nested more than 1,000 deep, the
+    // top-level value counted as the first: 1,000 arrays load around nothing, 999 around a
+    // number) gives -13 with the same two lines as any malformed text, the second carrying
     // jsoncpp's message.
     // A text of more than kMaxValues values gives -17 before it is parsed, with
     // "ERR::path '%s' holds too many values (%lld values, limit %lld)" and the check line.

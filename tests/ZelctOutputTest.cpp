@@ -442,6 +442,19 @@ TEST(ZelctFiles, ALoadFailureNamesItsCause) {
     EXPECT_EQ(checkFile(sfp, large, true).problem,
               "cannot load: larger than 100 MiB (FileMgr code -17)");
 
+    const std::string many = dir.file("many.json");
+    {
+        std::ofstream create(many);
+        create << "[0";
+        for (int i = 0; i < FileMgr::kMaxValues; ++i) {
+            create << ",0";
+        }
+        create << "]";
+    }
+    EXPECT_EQ(checkFile(*findKind("channel-list"), many, true).problem,
+              "cannot load: more than 1000000 JSON values, the most the device loads (FileMgr "
+              "code -17)");
+
     const std::string fifo = dir.file("fifo");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(checkFile(sfp, fifo, true).problem,

@@ -732,6 +732,10 @@ std::string loadFailureCause(const std::string& path) {
             cause = "not a regular file";
         } else if (info.st_size > FileMgr::kMaxFileSize) {
             cause = "larger than 100 MiB";
+        } else {
+            // A regular file of a size it takes: the store counted the values in its text.
+            cause = "more than " + std::to_string(FileMgr::kMaxValues) +
+                    " JSON values, the most the device loads";
         }
     }
     ::close(fd);
