@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds with warnings as errors and runs every test (as root, the
-# suites whose branches depend on the user once more as nobody); checks the
-# installed package, the Debian packages and the consumer projects; cross-builds for the
+# suites whose branches depend on the user once more as nobody); checks the installed
+# package, the Debian packages (lintian), the consumer projects and the library's ABI against
+# its baseline (abidiff); cross-builds for the
 # board (armhf) and runs every test under qemu-arm; runs every GoogleTest suite under valgrind's
 # memcheck, builds with ThreadSanitizer and runs every test there, runs every fuzz target for a
 # bounded time; finally builds with AddressSanitizer and UndefinedBehaviorSanitizer and runs
@@ -91,12 +92,14 @@ if wanted native; then
 fi
 
 if wanted install; then
-    stage "native: install, Debian packages, consumer projects"
+    stage "native: install, Debian packages (lintian), consumer projects, ABI (abidiff)"
     stage_root=build/ci/stage
     rm -rf "$stage_root"
     cmake --install build/ci --prefix "$stage_root/usr" >/dev/null
     scripts/consumers.sh "$stage_root"
     scripts/packages.sh ci
+    scripts/abi.sh check build/ci
+    scripts/abi.sh selftest
 fi
 
 if wanted armhf; then
