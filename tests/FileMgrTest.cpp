@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "ChildProcess.h"
 #include "FileUtil.h"
 #include "LogCapture.h"
 #include "TempDir.h"
@@ -56,32 +57,19 @@ struct ChildOutcome {
 // caller's LogCapture must be empty; the child's lines come back through a pipe.
 template <typename Action>
 ChildOutcome runWithFileSizeLimit(rlim_t limit, const LogCapture& log, Action action) {
-    int channel[2];
-    EXPECT_EQ(::pipe(channel), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(channel[0]);
-        ::signal(SIGXFSZ, SIG_IGN);
-        const struct rlimit fileSize = {limit, limit};
-        int result = ::setrlimit(RLIMIT_FSIZE, &fileSize) == 0 ? action() : 12345;
-        std::string report = std::to_string(result) + "\n";
-        for (const auto& line : log.lines()) {
-            report += std::to_string(line.first) + " " + line.second + "\n";
-        }
-        const bool sent = ::write(channel[1], report.data(), report.size()) ==
-                          static_cast<ssize_t>(report.size());
-        ::_exit(sent ? 0 : 1);
-    }
-    ::close(channel[1]);
-    std::string report;
-    char chunk[4096];
-    ssize_t got;
-    while ((got = ::read(channel[0], chunk, sizeof chunk)) > 0) {
-        report.append(chunk, static_cast<size_t>(got));
-    }
-    ::close(channel[0]);
     int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    const std::string report = textOfChild(
+        [&] {
+            ::signal(SIGXFSZ, SIG_IGN);
+            const struct rlimit fileSize = {limit, limit};
+            const int result = ::setrlimit(RLIMIT_FSIZE, &fileSize) == 0 ? action() : 12345;
+            std::string lines = std::to_string(result) + "\n";
+            for (const auto& line : log.lines()) {
+                lines += std::to_string(line.first) + " " + line.second + "\n";
+            }
+            return lines;
+        },
+        status);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
 
     ChildOutcome outcome;

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Check.h"
+#include "ChildProcess.h"
 #include "FileMgr.h"
 #include "Input.h"
 #include "JsonText.h"
@@ -467,37 +468,21 @@ TEST(ZelctFiles, ALoadFailureNamesItsCause) {
 }
 
 // Runs what in a child process that has given up root for nobody, where the process is
-// root; else in this process. Returns what it returned, through a pipe.
+// root; else in this process. Returns what it returned.
 template <typename What>
 std::string asUnprivileged(What what) {
     if (::geteuid() != 0) {
         return what();
     }
-    int channel[2];
-    if (::pipe(channel) != 0) {
-        return "no pipe";
-    }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::close(channel[0]);
-        if (::setgid(65534) != 0 || ::setuid(65534) != 0) {
-            ::_exit(3);
-        }
-        const std::string text = what();
-        const bool sent =
-            ::write(channel[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
-        ::_exit(sent ? 0 : 4);
-    }
-    ::close(channel[1]);
-    std::string text;
-    char chunk[512];
-    ssize_t got;
-    while ((got = ::read(channel[0], chunk, sizeof chunk)) > 0) {
-        text.append(chunk, static_cast<size_t>(got));
-    }
-    ::close(channel[0]);
     int status = 0;
-    ::waitpid(child, &status, 0);
+    const std::string text = textOfChild(
+        [&]() -> std::string {
+            if (::setgid(65534) != 0 || ::setuid(65534) != 0) {
+                return "cannot become nobody";
+            }
+            return what();
+        },
+        status);
     return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? text
                                                          : "child status " + std::to_string(status);
 }
