@@ -54,9 +54,23 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
+// The library's own nothrow form (std::stable_sort's buffer) would otherwise allocate beside
+// the malloc above and be freed by the delete below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 // GCC takes the pair for new and free, not knowing that the new above is malloc.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
