@@ -26,9 +26,9 @@ ensure_packages() {
 BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
                clang-format libcli11-dev python3 python3-jsonschema help2man)
 
-# What checking the Debian packages and the ABI adds: Debian's package checker,
-# dpkg-shlibdeps, and libabigail's abidw and abidiff.
-PACKAGING_PACKAGES=(lintian dpkg-dev abigail-tools)
+# What checking the Debian packages, the ABI and the manual pages adds: Debian's package
+# checker, dpkg-shlibdeps, libabigail's abidw and abidiff, and man with groff to render pages.
+PACKAGING_PACKAGES=(lintian dpkg-dev abigail-tools man-db groff-base)
 
 # What the robustness stages add: valgrind's memcheck, clang with libFuzzer and the sanitizer
 # runtimes for the fuzz targets.

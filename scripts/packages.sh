@@ -99,7 +99,12 @@ expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
     "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" $(doc libzelcommontypes-dev)
 refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin"
-expect zelct "usr/bin/zelct" "usr/share/man/man1/zelct.1.gz" $(doc zelct)
+# The tool's manual pages: zelct(1) and one a command.
+man_pages=("usr/share/man/man1/zelct.1.gz")
+for command in kinds check normalize template schema video ptime alarms; do
+    man_pages+=("usr/share/man/man1/zelct-$command.1.gz")
+done
+expect zelct "usr/bin/zelct" "${man_pages[@]}" $(doc zelct)
 # The debug symbols, by build-id, beside the stripped binaries.
 for name in libzelcommontypes1 zelct; do
     ddeb="$build/${name}-dbgsym_${version}_${debarch}.ddeb"

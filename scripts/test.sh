@@ -98,6 +98,7 @@ if wanted install; then
     cmake --install build/ci --prefix "$stage_root/usr" >/dev/null
     scripts/consumers.sh "$stage_root"
     scripts/packages.sh ci
+    scripts/check-man.sh build/ci
     scripts/abi.sh check build/ci
     scripts/abi.sh selftest
 fi
