@@ -59,6 +59,15 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/passed"
 
+# Says what one list has that the other lacks, both ways, and fails, when they differ: page,
+# the expected list, the found list, then what to call the missing and the extra ones.
+differ() {
+    [ "$2" = "$3" ] && return 0
+    echo "$1: $4: $(comm -23 <(echo "$2") <(echo "$3") | listed)"
+    echo "$1: $5: $(comm -13 <(echo "$2") <(echo "$3") | listed)"
+    return 1
+}
+
 # Checks one page against the command line (none for the tool itself); prints what differs.
 check_page() {
     local page=$1
@@ -76,20 +85,12 @@ check_page() {
         problems=1
     fi
     text=$(page_text "$page")
-    expected=$(help_options "$@")
-    found=$(page_options <<<"$text")
-    if [ "$expected" != "$found" ]; then
-        echo "$page: options of 'zelct $*' that the page does not list: $(comm -23 <(echo "$expected") <(echo "$found") | listed)"
-        echo "$page: options the page lists that 'zelct $*' does not take: $(comm -13 <(echo "$expected") <(echo "$found") | listed)"
-        problems=1
-    fi
-    expected=$(help_words "$@")
-    found=$(page_words <<<"$text")
-    if [ "$expected" != "$found" ]; then
-        echo "$page: long options in the help of 'zelct $*' but not in the page: $(comm -23 <(echo "$expected") <(echo "$found") | listed)"
-        echo "$page: long options in the page but not in the help of 'zelct $*': $(comm -13 <(echo "$expected") <(echo "$found") | listed)"
-        problems=1
-    fi
+    differ "$page" "$(help_options "$@")" "$(page_options <<<"$text")" \
+        "options of 'zelct $*' that the page does not list" \
+        "options the page lists that 'zelct $*' does not take" || problems=1
+    differ "$page" "$(help_words "$@")" "$(page_words <<<"$text")" \
+        "long options in the help of 'zelct $*' but not in the page" \
+        "long options in the page but not in the help of 'zelct $*'" || problems=1
     [ $problems -eq 0 ] && touch "$passed"
     return $problems
 }
