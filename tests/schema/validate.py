@@ -148,7 +148,7 @@ def related(error_path, finding_path):
 
 # What the library's classes make of a document; the parser's own findings (comments,
 # duplicate members) are about the text, which no schema sees.
-READ_FINDINGS = {"dropped", "changed", "not-written-back"}
+READ_FINDINGS = {"dropped", "changed", "not-written-back", "hidden-state"}
 
 
 # Findings of the traps that no JSON Schema can express: an alarm whose type another alarm of

@@ -18,7 +18,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "DaifType.h"
 #include "FileMgr.h"
+#include "HiddenState.h"
 #include "ReadingScan.h"
 
 namespace zelct {
@@ -816,6 +818,12 @@ std::string writtenBack(const Json::Value& text) {
     return written;
 }
 
+// Whether a text found at the path is the member's name rather than its value.
+bool isNameOf(const JsonPath& path, const Json::Value& text) {
+    return !path.empty() && !path.back().isIndex && text.isString() &&
+           path.back().key == text.asString();
+}
+
 // The finding each reading trap is reported as.
 struct TrapFinding {
     ReadingTrap::Type trap;
@@ -831,6 +839,9 @@ constexpr TrapFinding kTrapFindings[] = {
     {ReadingTrap::Type::AfterNul,        Finding::Type::AfterNul},
     {ReadingTrap::Type::NotUtf8,         Finding::Type::NotUtf8},
     {ReadingTrap::Type::ControlInString, Finding::Type::ControlInString},
+    {ReadingTrap::Type::ByteOrderMark,   Finding::Type::ByteOrderMark},
+    {ReadingTrap::Type::NumberText,      Finding::Type::NumberText},
+    {ReadingTrap::Type::NulInString,     Finding::Type::NulInString},
 };
 // clang-format on
 
@@ -854,9 +865,20 @@ Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
             finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
             finding.understood = writtenBack(finding.original);
             break;
+        case ReadingTrap::Type::NumberText:
+            finding.original =
+                source.bytes.substr(trap.valueStart, trap.valueEnd - trap.valueStart);
+            finding.understood = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            break;
+        case ReadingTrap::Type::NulInString: {
+            finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
+            finding.understood = std::string(finding.original.asCString());
+            break;
+        }
         case ReadingTrap::Type::TrailingText:
         case ReadingTrap::Type::Comment:
         case ReadingTrap::Type::TrailingComma:
+        case ReadingTrap::Type::ByteOrderMark:
             break;
     }
     const Position position = source.lines.at(trap.offset);
@@ -926,8 +948,7 @@ Outcome unreadable(const Kind& kind, Json::Value& work, const Reading& reading,
     Json::Value asWritten = node;
     if (source != nullptr && node.getOffsetLimit() > node.getOffsetStart()) {
         const Json::Value slice =
-            parsedSlice(source->bytes, static_cast<size_t>(node.getOffsetStart()),
-                        static_cast<size_t>(node.getOffsetLimit()));
+            parsedSlice(source->bytes, source->startOf(node), source->limitOf(node));
         if (!slice.isNull()) {
             asWritten = slice;
         }
@@ -972,7 +993,7 @@ Position parseErrorPosition(const SourceText& source) {
     if (std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column) != 2) {
         return Position();
     }
-    return source.lines.at(source.lines.offsetOf(line, column));
+    return source.lines.at(source.offsetOfParserPlace(line, column));
 }
 
 // The whole file, as it lies on disk, for positions and for what follows a NUL byte.
@@ -1142,6 +1163,14 @@ const char* findingTypeName(Finding::Type type) {
             return "not-utf8";
         case Finding::Type::ControlInString:
             return "control-in-string";
+        case Finding::Type::ByteOrderMark:
+            return "byte-order-mark";
+        case Finding::Type::NumberText:
+            return "number-text";
+        case Finding::Type::NulInString:
+            return "nul-in-string";
+        case Finding::Type::HiddenState:
+            return "hidden-state";
     }
     return "";
 }
@@ -1178,6 +1207,21 @@ std::string findingText(const Finding& finding) {
             return where + "control character unescaped in a string, which strict JSON " +
                    "forbids; the device keeps it and writes it back escaped, as " +
                    finding.understood.asString();
+        case Finding::Type::ByteOrderMark:
+            return where + "byte-order mark; the device skips it and never writes it back, " +
+                   "and strict JSON readers refuse the file";
+        case Finding::Type::NumberText:
+            return where + "`" + finding.original.asString() +
+                   "` is not a JSON number; the device reads " + quoted(finding.understood);
+        case Finding::Type::NulInString:
+            return where + "\\u0000 in a " +
+                   (isNameOf(finding.path, finding.original) ? "member name" : "string") +
+                   "; the device keeps it, and whatever takes the text as a C string (log lines, " +
+                   "name comparisons) sees only " + quoted(finding.understood);
+        case Finding::Type::HiddenState:
+            return where + quoted(finding.original) + " is no interface kind; the channel " +
+                   "keeps kind " + DaifType::nameOf(finding.understood.asInt()) + " (" +
+                   std::to_string(finding.understood.asInt()) + ") and writes the text back";
     }
     return where;
 }
@@ -1277,6 +1321,7 @@ Outcome judged(const Kind& kind, Json::Value& document, Reading& reading, bool w
             addReadingFindings(*source, document, kept);
         }
         const size_t differences = kept.findings.size();
+        addHiddenStateFindings(kind, document, kept);
         findDifferencesTaking(kind, document, reading, kept);
         if (source != nullptr) {
             placeFindings(kept.findings, differences, *source, document);
@@ -1300,18 +1345,45 @@ bool parsedAgain(const SourceText& source, Json::Value& document) {
                          &errors);
 }
 
+// A document the library refuses keeps the findings of its text: the parser took it, and
+// what it skipped or read otherwise is so whatever the classes then make of it. `document`
+// is the text's document as the parser gave it, unread.
+void addTextFindings(Outcome& outcome, const SourceText& source, const Json::Value& document,
+                     size_t keep) {
+    KeptFindings kept(keep);
+    addReadingFindings(source, document, kept);
+    outcome.findings = std::move(kept.findings);
+    outcome.omitted = kept.omitted;
+}
+
+// The same for a file whose document the reading has changed: it is parsed again.
+void addTextFindings(Outcome& outcome, const SourceText& source, size_t keep) {
+    Json::Value document;
+    if (parsedAgain(source, document)) {
+        addTextFindings(outcome, source, document, keep);
+    }
+}
+
 // Checks a loaded file reading its document in place, as the device does, so that a document
 // the library cannot read is never copied. The comparison needs the document as the file
 // has it, which the reading changed: it is parsed again from the text.
 Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings, size_t keep) {
     const SourceText& source = *loaded.source;
     if (!hasTopLevel(kind, loaded.document)) {
-        return wrongTopLevel(kind, loaded.document, &source);
+        Outcome outcome = wrongTopLevel(kind, loaded.document, &source);
+        if (withFindings) {
+            addTextFindings(outcome, source, loaded.document, keep);
+        }
+        return outcome;
     }
     Reading reading = readInPlace(kind, loaded.document);
     if (reading.failed) {
         Outcome outcome = unreadable(kind, loaded.document, reading, &source);
         outcome.log = std::move(reading.log);
+        if (withFindings) {
+            loaded.document = Json::Value();
+            addTextFindings(outcome, source, keep);
+        }
         return outcome;
     }
     if (!withFindings) {
@@ -1329,19 +1401,24 @@ Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings, si
 
 Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFindings,
                       const SourceText* source, size_t keep) {
+    Outcome outcome;
     if (!hasTopLevel(kind, document)) {
-        return wrongTopLevel(kind, document, source);
-    }
-    Json::Value work = document;
-    Reading reading = readInPlace(kind, work);
-    if (reading.failed) {
+        outcome = wrongTopLevel(kind, document, source);
+    } else {
+        Json::Value work = document;
+        Reading reading = readInPlace(kind, work);
+        if (!reading.failed) {
+            work = document;
+            return judged(kind, work, reading, withFindings, source, keep);
+        }
         work = document;
-        Outcome outcome = unreadable(kind, work, reading, source);
+        outcome = unreadable(kind, work, reading, source);
         outcome.log = std::move(reading.log);
-        return outcome;
     }
-    work = document;
-    return judged(kind, work, reading, withFindings, source, keep);
+    if (withFindings && source != nullptr) {
+        addTextFindings(outcome, *source, document, keep);
+    }
+    return outcome;
 }
 
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {

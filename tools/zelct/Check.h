@@ -56,19 +56,27 @@ struct Finding {
         AfterNul,         // the file's bytes from a NUL byte on, never loaded
         NotUtf8,          // a string that is not UTF-8, written back otherwise
         ControlInString,  // a control character unescaped in a string, written back escaped
+        ByteOrderMark,    // a byte-order mark before the document, skipped, never written
+        NumberText,       // a number JSON does not allow, which the parser reads all the same
+        NulInString,      // an escaped NUL in a string or name; a C string ends there
+        // What a class keeps from its reading that the written document does not show:
+        HiddenState,  // a text no catalogue name matches, written back while the kind stays
     };
     Type type;
     JsonPath path;
     Json::Value original;    // null for Added; the ignored value of a duplicated member
     Json::Value understood;  // null for Dropped and NotWrittenBack; the kept value of a
                              // duplicated member; the text written back for a NotUtf8 or
-                             // ControlInString string
+                             // ControlInString string; the value read for a NumberText (its
+                             // original is the text); the text before the NUL for NulInString;
+                             // the kind number kept for HiddenState
     int line = 0;            // where it is in the file (an added member: its object); 0 when
     int column = 0;          // the document has no file
 };
 
 // "dropped", "changed", "not-written-back", "added", "duplicate-member", "trailing-text",
-// "comment", "trailing-comma", "after-nul", "not-utf8" or "control-in-string".
+// "comment", "trailing-comma", "after-nul", "not-utf8", "control-in-string",
+// "byte-order-mark", "number-text", "nul-in-string" or "hidden-state".
 const char* findingTypeName(Finding::Type type);
 
 // The finding as one line: "/0/channels/3/name: dropped (never read)". Values are compact
@@ -128,8 +136,10 @@ FailurePlace locateFailureInPlace(const Kind& kind, Json::Value& work);
 struct Outcome {
     enum class Status { Exact, Findings, Unusable };
     Status status = Status::Exact;
-    std::vector<Finding> findings;  // the first kKeptFindings (or the check's own limit)
-    size_t omitted = 0;             // findings after those, counted only
+    // The first kKeptFindings (or the check's own limit). An Unusable file the device's parser
+    // took keeps the findings of its text, which the refusal does not make untrue.
+    std::vector<Finding> findings;
+    size_t omitted = 0;  // findings after those, counted only
     Json::Value understood;
     std::string problem;        // Unusable: one line, without the file name
     int fileMgrCode = 0;        // Unusable because FileMgr refused the file; else 0

@@ -148,21 +148,10 @@ public:
                 out_ << inert(safeLine(file + ": understood exactly")) << '\n';
                 break;
             case Outcome::Status::Findings:
-                for (const Finding& finding : outcome.findings) {
-                    out_ << annotation("warning", file, finding.line, finding.column,
-                                       std::string("zelct ") + kind.name + ": " +
-                                           findingTypeName(finding.type),
-                                       findingText(finding))
-                         << '\n';
-                }
-                if (outcome.omitted > 0) {
-                    out_ << annotation("warning", file, 0, 0,
-                                       std::string("zelct ") + kind.name + ": omitted",
-                                       omittedText(outcome.omitted))
-                         << '\n';
-                }
+                findings(file, kind, outcome);
                 break;
             case Outcome::Status::Unusable:
+                findings(file, kind, outcome);
                 err_ << inert(problemLine({file, outcome.line, outcome.column, outcome.problem}))
                      << '\n';
                 out_ << annotation("error", file, outcome.line, outcome.column,
@@ -192,6 +181,22 @@ public:
     }
 
 private:
+    void findings(const std::string& file, const Kind& kind, const Outcome& outcome) {
+        for (const Finding& finding : outcome.findings) {
+            out_ << annotation(
+                        "warning", file, finding.line, finding.column,
+                        std::string("zelct ") + kind.name + ": " + findingTypeName(finding.type),
+                        findingText(finding))
+                 << '\n';
+        }
+        if (outcome.omitted > 0) {
+            out_ << annotation("warning", file, 0, 0,
+                               std::string("zelct ") + kind.name + ": omitted",
+                               omittedText(outcome.omitted))
+                 << '\n';
+        }
+    }
+
     // Writes what the text printer wrote, already escaped, line by line through the filter.
     void passText(std::string (*filter)(const std::string&)) {
         std::istringstream lines(textOut_.str());

@@ -100,6 +100,99 @@ const std::vector<Kind>& allKinds() {
     return kinds;
 }
 
+const std::vector<Nesting>& nestings() {
+    // Where a kind's document holds a record of another kind. The nested record is read by that
+    // kind's own class, so its schema is the other kind's, shared through "$defs". "*" stands for
+    // every element of an array.
+    // clang-format off
+    static const std::vector<Nesting> rows = {
+        {"system-info",         "/eth/*",           "eth"},
+        {"system-info",         "/errors/*",        "system-error"},
+        {"system-info",         "/product-info",    "product-info"},
+        {"system-info",         "/rtsp",            "process-info"},
+        {"system-info",         "/advertisement",   "process-info"},
+        {"system-info",         "/temperature",     "temperature"},
+        {"system-info",         "/fan-speed",       "fan-speed"},
+        {"system-info",         "/cpu-loadavg",     "cpu-load"},
+        {"channel-tables",      "/*",               "channel-table"},
+        {"channel-table",       "/channels/*",      "channel-table-entry"},
+        {"channel-table-entry", "/input",           "session-stream"},
+        {"channel-table-entry", "/output",          "session-stream"},
+        {"channel-list",        "/*",               "channel-id"},
+        {"session-streams",     "/*",               "session-stream"},
+        {"alarms",              "/alarms/*",        "alarm"},
+        {"eth",                 "/sfp",             "sfp"},
+        {"product-info",        "/daughter-card",   "daughter-board"},
+    };
+    // clang-format on
+    return rows;
+}
+
+namespace {
+
+// The pattern's steps ("/eth/*" -> "eth", "*"); a name's "~1" and "~0" are not used.
+std::vector<std::string> patternSteps(const std::string& pattern) {
+    std::vector<std::string> steps;
+    size_t at = 0;
+    while (at < pattern.size()) {
+        const size_t next = pattern.find('/', at + 1);
+        steps.push_back(
+            pattern.substr(at + 1, next == std::string::npos ? std::string::npos : next - at - 1));
+        at = next == std::string::npos ? pattern.size() : next;
+    }
+    return steps;
+}
+
+using RecordVisit = std::function<void(const Kind&, const Json::Value&, const JsonPath&)>;
+
+void visitRecords(const Kind& kind, const Json::Value& node, JsonPath& path,
+                  const RecordVisit& visit);
+
+// The nodes a pattern's remaining steps lead to, each visited as the child kind.
+void followPattern(const std::vector<std::string>& steps, size_t step, const Kind& child,
+                   const Json::Value& node, JsonPath& path, const RecordVisit& visit) {
+    if (step == steps.size()) {
+        visitRecords(child, node, path, visit);
+        return;
+    }
+    if (steps[step] == "*") {
+        if (!node.isArray()) {
+            return;
+        }
+        for (Json::ArrayIndex i = 0; i < node.size(); ++i) {
+            path.push_back(PathStep::element(i));
+            followPattern(steps, step + 1, child, node[i], path, visit);
+            path.pop_back();
+        }
+        return;
+    }
+    const Json::Value* member =
+        node.isObject() ? node.find(steps[step].data(), steps[step].data() + steps[step].size())
+                        : nullptr;
+    if (member != nullptr) {
+        path.push_back(PathStep::member(steps[step]));
+        followPattern(steps, step + 1, child, *member, path, visit);
+        path.pop_back();
+    }
+}
+
+void visitRecords(const Kind& kind, const Json::Value& node, JsonPath& path,
+                  const RecordVisit& visit) {
+    visit(kind, node, path);
+    for (const Nesting& row : nestings()) {
+        if (std::string(kind.name) == row.kind) {
+            followPattern(patternSteps(row.pattern), 0, *findKind(row.child), node, path, visit);
+        }
+    }
+}
+
+}  // namespace
+
+void forEachRecord(const Kind& kind, const Json::Value& document, const RecordVisit& visit) {
+    JsonPath path;
+    visitRecords(kind, document, path, visit);
+}
+
 const Kind* findKind(const std::string& name) {
     for (const Kind& kind : allKinds()) {
         if (name == kind.name) {

@@ -2,11 +2,13 @@
 
 #include <json/json.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "IJsonSerializable.h"
+#include "JsonText.h"
 
 namespace zelct {
 
@@ -23,6 +25,21 @@ struct Kind {
 
 // Every kind, in the order `zelct kinds` lists them.
 const std::vector<Kind>& allKinds();
+
+// Where a kind's document holds a record of another kind, read by that kind's own class.
+// The pattern is a JSON pointer whose "*" stands for every element of an array.
+struct Nesting {
+    const char* kind;
+    const char* pattern;
+    const char* child;
+};
+const std::vector<Nesting>& nestings();
+
+// Calls `visit` with every record of the document: the document itself as the kind, and each
+// record nested in it (as `nestings` places them) as its own kind, with its path.
+void forEachRecord(
+    const Kind& kind, const Json::Value& document,
+    const std::function<void(const Kind&, const Json::Value&, const JsonPath&)>& visit);
 
 // The kind of that name, or nullptr.
 const Kind* findKind(const std::string& name);

@@ -67,6 +67,69 @@ size_t stringEnd(const std::string& text, size_t pos, size_t end) {
     return end;
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+const char* digitsEnd(const char* p, const char* end) {
+    while (p < end && isDigit(*p)) {
+        ++p;
+    }
+    return p;
+}
+
+// JSON's number: -?(0|[1-9][0-9]*)(\.[0-9]+)?([eE][+-]?[0-9]+)?. The device's reader takes
+// more: any run of a sign, digits, a point and an exponent that the C library's strtod reads
+// whole, and a lone "-" (as 0), so "+850", "0850", "850." and "-.5" all come through.
+bool isJsonNumber(const char* p, const char* end) {
+    if (p < end && *p == '-') {
+        ++p;
+    }
+    const char* digits = digitsEnd(p, end);
+    if (digits == p || (*p == '0' && digits - p > 1)) {
+        return false;
+    }
+    p = digits;
+    if (p < end && *p == '.') {
+        digits = digitsEnd(p + 1, end);
+        if (digits == p + 1) {
+            return false;
+        }
+        p = digits;
+    }
+    if (p < end && (*p == 'e' || *p == 'E')) {
+        ++p;
+        if (p < end && (*p == '+' || *p == '-')) {
+            ++p;
+        }
+        digits = digitsEnd(p, end);
+        if (digits == p) {
+            return false;
+        }
+        p = digits;
+    }
+    return p == end;
+}
+
+bool startsNumber(char c) {
+    return isDigit(c) || c == '-' || c == '+' || c == '.';
+}
+
+// Where a string's first escaped NUL (\u0000) starts, or `end` when it has none. An escaped
+// backslash before "u0000" is no escape of a NUL.
+size_t escapedNul(const std::string& text, size_t pos, size_t end) {
+    for (size_t i = pos + 1; i + 1 < end; ++i) {
+        if (text[i] != '\\') {
+            continue;
+        }
+        if (text.compare(i + 1, 5, "u0000") == 0 && i + 6 <= end) {
+            return i;
+        }
+        ++i;
+    }
+    return end;
+}
+
 size_t literalEnd(const std::string& text, size_t pos, size_t end) {
     size_t i = pos + 1;
     while (i < end && !endsLiteral(text[i])) {
@@ -110,7 +173,11 @@ public:
         : text_(bytes), end_(end), keep_(keep) {}
 
     std::vector<ReadingTrap> run() {
-        size_t pos = text_.compare(0, 3, "\xEF\xBB\xBF") == 0 && end_ >= 3 ? 3 : 0;
+        size_t pos = 0;
+        if (end_ >= 3 && text_.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+            add(trapAt(ReadingTrap::Type::ByteOrderMark, 0, JsonPath()));
+            pos = 3;
+        }
         while (pos < end_) {
             pos = step(pos);
         }
@@ -180,6 +247,9 @@ private:
             default: {
                 const size_t end = literalEnd(text_, pos, end_);
                 beginValue(pos);
+                if (startsNumber(c) && !isJsonNumber(text_.data() + pos, text_.data() + end)) {
+                    stringTrap(ReadingTrap::Type::NumberText, pos, pos, end);
+                }
                 endValue(end);
                 return end;
             }
@@ -290,10 +360,15 @@ private:
         return end;
     }
 
-    // In the order of their offsets: the string's start, then its first control character.
+    // The string's start first; the others come in the order of their offsets when the trimming
+    // sorts them.
     void stringTraps(size_t pos, size_t end, bool valid) {
         if (!valid) {
             stringTrap(ReadingTrap::Type::NotUtf8, pos, pos, end);
+        }
+        const size_t nul = escapedNul(text_, pos, end);
+        if (nul != end) {
+            stringTrap(ReadingTrap::Type::NulInString, nul, pos, end);
         }
         // Between the quotes; a string cut short by the end of the text has no closing one.
         const char* first = text_.data() + pos + 1;

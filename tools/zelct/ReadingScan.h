@@ -20,6 +20,9 @@ struct ReadingTrap {
         AfterNul,         // a NUL byte, and the bytes after it
         NotUtf8,          // a string (a value or a member name) that is not valid UTF-8
         ControlInString,  // a control character (below U+0020) standing unescaped in a string
+        ByteOrderMark,    // a UTF-8 byte-order mark before the document
+        NumberText,       // a number written otherwise than JSON allows, which the reader takes
+        NulInString,      // an escaped NUL (\u0000) inside a string or a member name
     };
     Type type = Type::Comment;
     size_t offset = 0;  // where it starts in the file
@@ -27,7 +30,8 @@ struct ReadingTrap {
     // DuplicateMember: where the ignored value starts and ends, and where the kept
     // occurrence's name starts. NotUtf8 and ControlInString: the string with its quotes
     // (ControlInString's offset is the first such character). AfterNul: the number of bytes
-    // from the NUL to the end of the file.
+    // from the NUL to the end of the file. NumberText: the number's text. NulInString: the
+    // string with its quotes (the offset is the escape's backslash).
     size_t valueStart = 0;
     size_t valueEnd = 0;
     size_t keptOffset = 0;

@@ -34,7 +34,9 @@ Json::Value findingJson(const Finding& finding) {
     if (finding.type != Finding::Type::Added) {
         json["original"] = finding.original;
     }
-    if (finding.type == Finding::Type::Changed || finding.type == Finding::Type::Added) {
+    if (finding.type == Finding::Type::Changed || finding.type == Finding::Type::Added ||
+        finding.type == Finding::Type::NumberText || finding.type == Finding::Type::NulInString ||
+        finding.type == Finding::Type::HiddenState) {
         json["understood"] = finding.understood;
     }
     json["text"] = findingText(finding);
@@ -58,7 +60,9 @@ Json::Value outcomeJson(const std::string& file, const Kind& kind, const Outcome
         if (outcome.problemPlace.found) {
             json["path"] = pointerText(outcome.problemPlace.path);
         }
-        return json;
+        if (outcome.findings.empty() && outcome.omitted == 0) {
+            return json;
+        }
     }
     json["findings"] = Json::Value(Json::arrayValue);
     for (const Finding& finding : outcome.findings) {

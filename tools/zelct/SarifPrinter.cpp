@@ -43,6 +43,10 @@ constexpr Rule kRules[] = {
     {Finding::Type::AfterNul,        "BytesAfterNul",              "Bytes from a NUL byte on, which the device never loads."},
     {Finding::Type::NotUtf8,         "StringNotUtf8",              "A string that is not UTF-8, written back otherwise."},
     {Finding::Type::ControlInString, "UnescapedControlCharacter",  "A control character unescaped in a string, which strict JSON forbids and the device writes back escaped."},
+    {Finding::Type::ByteOrderMark,   "ByteOrderMarkSkipped",       "A byte-order mark before the document, which the device skips and never writes back."},
+    {Finding::Type::NumberText,      "NumberOutsideJson",          "A number written otherwise than JSON allows, which the device's parser reads all the same."},
+    {Finding::Type::NulInString,     "NulInsideString",            "An escaped NUL in a string or member name, where a C string ends."},
+    {Finding::Type::HiddenState,     "KindKeptBehindText",         "A text that names no interface kind: the channel keeps its kind and writes the text back."},
 };
 // clang-format on
 constexpr int kFindingRules = static_cast<int>(sizeof(kRules) / sizeof(kRules[0]));
@@ -65,6 +69,8 @@ Json::Value ruleJson(const char* id, const char* name, const char* text, const c
     json["id"] = id;
     json["name"] = name;
     json["shortDescription"]["text"] = text;
+    // Each kind has its section, headed by its id, in the reference of what check reports.
+    json["helpUri"] = std::string(kInformationUri) + "docs/findings.md#" + id;
     json["defaultConfiguration"]["level"] = level;
     return json;
 }
@@ -177,7 +183,6 @@ public:
         if (outcome.status == Outcome::Status::Unusable) {
             Printer::problem({file, outcome.line, outcome.column, outcome.problem, 2});
             results_.append(unusableResult(file, kind, outcome));
-            return;
         }
         for (const Finding& finding : outcome.findings) {
             results_.append(findingResult(file, kind, finding));

@@ -10,6 +10,7 @@
 #include "Alarm.h"
 #include "Check.h"
 #include "DaifType.h"
+#include "HiddenState.h"
 #include "JsonText.h"
 #include "VideoFormat.h"
 
@@ -18,36 +19,6 @@ namespace zelct {
 const char* const kSchemaBase = "https://zel.invalid/zelCommonTypes/schemas/";
 
 namespace {
-
-// Where a kind's document holds a record of another kind. The nested record is read by that
-// kind's own class, so its schema is the other kind's, shared through "$defs". "*" stands for
-// every element of an array.
-struct Nesting {
-    const char* kind;
-    const char* pattern;
-    const char* child;
-};
-// clang-format off
-constexpr Nesting kNestings[] = {
-    {"system-info",         "/eth/*",           "eth"},
-    {"system-info",         "/errors/*",        "system-error"},
-    {"system-info",         "/product-info",    "product-info"},
-    {"system-info",         "/rtsp",            "process-info"},
-    {"system-info",         "/advertisement",   "process-info"},
-    {"system-info",         "/temperature",     "temperature"},
-    {"system-info",         "/fan-speed",       "fan-speed"},
-    {"system-info",         "/cpu-loadavg",     "cpu-load"},
-    {"channel-tables",      "/*",               "channel-table"},
-    {"channel-table",       "/channels/*",      "channel-table-entry"},
-    {"channel-table-entry", "/input",           "session-stream"},
-    {"channel-table-entry", "/output",          "session-stream"},
-    {"channel-list",        "/*",               "channel-id"},
-    {"session-streams",     "/*",               "session-stream"},
-    {"alarms",              "/alarms/*",        "alarm"},
-    {"eth",                 "/sfp",             "sfp"},
-    {"product-info",        "/daughter-card",   "daughter-board"},
-};
-// clang-format on
 
 Json::Value mostUnsigned() {
     return Json::Value(std::numeric_limits<Json::UInt>::max());
@@ -88,7 +59,7 @@ std::string patternText(const JsonPath& path) {
 }
 
 const Nesting* nestingAt(const Kind& kind, const std::string& pattern) {
-    for (const Nesting& row : kNestings) {
+    for (const Nesting& row : nestings()) {
         if (pattern == row.pattern && std::string(kind.name) == row.kind) {
             return &row;
         }
@@ -100,7 +71,7 @@ const Nesting* nestingAt(const Kind& kind, const std::string& pattern) {
 // nested list, every nested record present.
 Json::Value seedOf(const Kind& kind) {
     Json::Value seed(kind.topLevel == TopLevel::Array ? Json::arrayValue : Json::objectValue);
-    for (const Nesting& row : kNestings) {
+    for (const Nesting& row : nestings()) {
         if (std::string(kind.name) != row.kind) {
             continue;
         }
@@ -362,7 +333,7 @@ private:
         }
         // Records the class reads but does not write back.
         const std::string here = patternText(path);
-        for (const Nesting& row : kNestings) {
+        for (const Nesting& row : nestings()) {
             const std::string pattern = row.pattern;
             if (std::string(kind_.name) != row.kind || pattern.rfind(here + "/", 0) != 0) {
                 continue;
@@ -544,6 +515,7 @@ private:
         schema["type"] = "string";
         if (keeps(path, Json::Value(value + "~"))) {
             freeText(schema, path);
+            hiddenState(schema, path);
             return schema;
         }
         if (looksLikeAddress(value) && keeps(path, Json::Value("192.0.2.1"))) {
@@ -594,6 +566,26 @@ private:
                                     "; other text is kept as it came. The names refused here "
                                     "are written back in another form";
         }
+    }
+
+    // A text written back as it came whose meaning the class keeps unwritten: only the texts
+    // that decide it, in any letter case, say what the device holds.
+    void hiddenState(Json::Value& schema, const JsonPath& path) {
+        const HiddenStateRule* rule = hiddenStateRuleAt(kind_, patternText(path));
+        if (rule == nullptr) {
+            return;
+        }
+        Json::Value accepted(Json::arrayValue);
+        for (const std::string& spelling : rule->accepted()) {
+            Json::Value pattern(Json::objectValue);
+            pattern["pattern"] = anyCasePattern(spelling);
+            accepted.append(pattern);
+        }
+        schema["anyOf"] = accepted;
+        schema["description"] = std::string("Compared against the ") + rule->catalogue +
+                                " in any letter case; the names refused here are written back "
+                                "in another form, and " +
+                                rule->note;
     }
 
     // The texts of one spelling that the reader writes in another form, as a schema they

@@ -91,13 +91,28 @@ size_t LineIndex::offsetOf(int line, int byteColumn) const {
 }
 
 SourceText::SourceText(std::string fileBytes)
-    : bytes(std::move(fileBytes)), deviceLength(std::strlen(bytes.c_str())), lines(bytes) {}
+    : bytes(std::move(fileBytes)),
+      deviceLength(std::strlen(bytes.c_str())),
+      markLength(deviceLength >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0),
+      lines(bytes) {}
+
+size_t SourceText::startOf(const Json::Value& value) const {
+    return markLength + static_cast<size_t>(value.getOffsetStart());
+}
+
+size_t SourceText::limitOf(const Json::Value& value) const {
+    return markLength + static_cast<size_t>(value.getOffsetLimit());
+}
+
+size_t SourceText::offsetOfParserPlace(int line, int byteColumn) const {
+    return lines.offsetOf(line, byteColumn) + (line == 1 ? markLength : 0);
+}
 
 Position SourceText::positionOf(const Json::Value& value, bool member) const {
-    const size_t start = static_cast<size_t>(value.getOffsetStart());
-    if (start == 0 && value.getOffsetLimit() == 0) {
+    if (value.getOffsetStart() == 0 && value.getOffsetLimit() == 0) {
         return Position();  // built in memory, or parsed without offsets
     }
+    const size_t start = startOf(value);
     if (!member) {
         return lines.at(start);
     }

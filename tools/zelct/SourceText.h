@@ -41,6 +41,9 @@ private:
 struct SourceText {
     std::string bytes;        // the whole file
     size_t deviceLength = 0;  // bytes before the first NUL
+    // The parser skips a byte-order mark and counts its offsets, lines and columns from
+    // after it: 3 when the text starts with one, else 0.
+    size_t markLength = 0;
     LineIndex lines;
 
     explicit SourceText(std::string fileBytes);
@@ -50,6 +53,13 @@ struct SourceText {
     // Where a parsed value starts, or where the name of the member it is the value of starts
     // when `member` is true and only spaces and a colon stand between them.
     Position positionOf(const Json::Value& value, bool member) const;
+
+    // Where a parsed value starts and ends in `bytes`.
+    size_t startOf(const Json::Value& value) const;
+    size_t limitOf(const Json::Value& value) const;
+
+    // The offset of a place the parser names by 1-based line and byte column.
+    size_t offsetOfParserPlace(int line, int byteColumn) const;
 };
 
 }  // namespace zelct

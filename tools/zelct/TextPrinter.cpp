@@ -21,16 +21,11 @@ public:
                 out_ << safeLine(file + ": understood exactly") << '\n';
                 break;
             case Outcome::Status::Findings:
-                for (const Finding& finding : outcome.findings) {
-                    out_ << safeLine(placeText(file, finding.line, finding.column) + ": " +
-                                     findingText(finding))
-                         << '\n';
-                }
-                if (outcome.omitted > 0) {
-                    out_ << safeLine(file + ": " + omittedText(outcome.omitted)) << '\n';
-                }
+                findings(file, outcome);
                 break;
             case Outcome::Status::Unusable:
+                findings(file, outcome);
+                out_.flush();
                 problem({file, outcome.line, outcome.column, outcome.problem, 2});
                 break;
         }
@@ -45,6 +40,18 @@ public:
         std::string line;
         while (std::getline(lines, line)) {
             out_ << escapedForTerminal(line) << '\n';
+        }
+    }
+
+private:
+    void findings(const std::string& file, const Outcome& outcome) {
+        for (const Finding& finding : outcome.findings) {
+            out_ << safeLine(placeText(file, finding.line, finding.column) + ": " +
+                             findingText(finding))
+                 << '\n';
+        }
+        if (outcome.omitted > 0) {
+            out_ << safeLine(file + ": " + omittedText(outcome.omitted)) << '\n';
         }
     }
 };
