@@ -25,6 +25,7 @@
 #include "DaifType.h"
 #include "FileMgr.h"
 #include "FileUtil.h"
+#include "HiddenState.h"
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
@@ -896,4 +897,83 @@ TEST_F(ZelctCheckTest, EveryKindHasADistinctNameAndAFactory) {
         }
     }
     EXPECT_EQ(findKind("no-such-kind"), nullptr);
+}
+
+// ---- state the reading keeps that the written document does not show ----
+
+TEST(ZelctHiddenState, AChannelKindNoNameMatchesIsKeptBehindTheText) {
+    const Kind& channel = *findKind("channel-id");
+    for (const char* text : {"sdi", "MADI ", "", "madi\t"}) {
+        Json::Value document;
+        document["id"] = 5;
+        document["type"] = text;
+        document["position"] = 1;
+        const Outcome outcome = checkDocument(channel, document, true);
+        ASSERT_EQ(outcome.findings.size(), 1u) << text;
+        const Finding& finding = outcome.findings[0];
+        EXPECT_EQ(finding.type, Finding::Type::HiddenState);
+        EXPECT_EQ(pointerText(finding.path), "/type");
+        EXPECT_EQ(finding.original, text);
+        EXPECT_EQ(finding.understood, DaifType::DAIF_AUTO);
+    }
+    Json::Value sdi;
+    sdi["id"] = 5;
+    sdi["type"] = "sdi";
+    sdi["position"] = 1;
+    EXPECT_EQ(findingText(checkDocument(channel, sdi, true).findings[0]),
+              "/type: \"sdi\" is no interface kind; the channel keeps kind auto (12) and writes "
+              "the text back");
+}
+
+TEST(ZelctHiddenState, AKnownKindInAnyCaseHidesNothing) {
+    const Kind& channel = *findKind("channel-id");
+    for (const char* text : {"sdi-audio", "SDI-Audio", "HDMI-VIDEO", "auto", "i2s"}) {
+        Json::Value document;
+        document["id"] = 5;
+        document["type"] = text;
+        document["position"] = 1;
+        const Outcome outcome = checkDocument(channel, document, true);
+        EXPECT_EQ(outcome.status, Outcome::Status::Exact) << text;
+    }
+    // A name written back in another form is a change the comparison already shows.
+    Json::Value madi;
+    madi["id"] = 5;
+    madi["type"] = "MADI";
+    madi["position"] = 1;
+    const Outcome outcome = checkDocument(channel, madi, true);
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(outcome.findings[0].type, Finding::Type::Changed);
+}
+
+TEST(ZelctHiddenState, EveryChannelOfAListIsLookedAt) {
+    Json::Value list(Json::arrayValue);
+    for (const char* text : {"madi", "sdi", "tdm", "hdmi"}) {
+        Json::Value channel;
+        channel["id"] = static_cast<int>(list.size());
+        channel["type"] = text;
+        channel["position"] = static_cast<int>(list.size());
+        list.append(channel);
+    }
+    const Outcome outcome = checkDocument(*findKind("channel-list"), list, true);
+    std::vector<std::string> places;
+    for (const Finding& finding : outcome.findings) {
+        EXPECT_EQ(finding.type, Finding::Type::HiddenState);
+        places.push_back(pointerText(finding.path));
+    }
+    EXPECT_EQ(places, (std::vector<std::string>{"/1/type", "/3/type"}));
+}
+
+// A channel table writes its kind's number beside the text, so an unknown text shows there:
+// with a text, the number given is never read, and 12 is written in its place.
+TEST(ZelctHiddenState, ATablesKindIsNoHiddenState) {
+    EXPECT_NE(hiddenStateRuleAt(*findKind("channel-id"), "/type"), nullptr);
+    EXPECT_EQ(hiddenStateRuleAt(*findKind("channel-table"), "/string"), nullptr);
+    Json::Value table;
+    table["type"] = 5;
+    table["string"] = "sdi";
+    const Outcome outcome = checkDocument(*findKind("channel-table"), table, true);
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(outcome.findings[0].type, Finding::Type::Dropped);
+    EXPECT_EQ(pointerText(outcome.findings[0].path), "/type");
+    EXPECT_EQ(outcome.understood["type"], DaifType::DAIF_AUTO);
 }

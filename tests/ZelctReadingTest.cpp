@@ -2,7 +2,9 @@
 // and files that cannot be parsed at all.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -447,3 +449,145 @@ TEST_F(ZelctReadingTest, LogLinesOfTheLoadAreInTheOutcome) {
 }
 
 }  // namespace
+
+// ---- numbers, byte-order marks, escaped NULs ----
+
+// JSON's number grammar, written out on its own for the tests.
+bool isJsonNumberText(const std::string& text) {
+    static const std::regex grammar("-?(0|[1-9][0-9]*)(\\.[0-9]+)?([eE][+-]?[0-9]+)?");
+    return std::regex_match(text, grammar);
+}
+
+// Every text of up to five characters from the number's alphabet that the device's parser
+// takes as an array's element: the scan calls it a trap exactly when JSON does not allow it.
+// The parser's rules are found by trying it, not written down again.
+TEST_F(ZelctReadingTest, EveryNumberTextTheParserTakesOutsideJsonIsATrap) {
+    const std::string alphabet = "01-+.eE";
+    std::vector<std::string> texts = {""};
+    size_t taken = 0;
+    size_t outside = 0;
+    for (size_t length = 1; length <= 5; ++length) {
+        std::vector<std::string> longer;
+        for (const std::string& text : texts) {
+            for (char c : alphabet) {
+                longer.push_back(text + c);
+            }
+        }
+        texts = longer;
+        for (const std::string& number : texts) {
+            const std::string document = "[" + number + "]";
+            Json::Value root;
+            if (!deviceParses(document, root)) {
+                continue;
+            }
+            ++taken;
+            const std::vector<ReadingTrap> traps = trapsOf(document);
+            if (isJsonNumberText(number)) {
+                EXPECT_TRUE(traps.empty()) << number;
+                continue;
+            }
+            ++outside;
+            ASSERT_EQ(traps.size(), 1u) << number;
+            EXPECT_EQ(traps[0].type, ReadingTrap::Type::NumberText) << number;
+            EXPECT_EQ(traps[0].offset, 1u) << number;
+            EXPECT_EQ(pointerText(traps[0].path), "/0") << number;
+        }
+    }
+    // The ones a hand-typed document is likely to hold are among them.
+    for (const char* number :
+         {"-", "+850", "0850", "850.", "-.5", "+.5", "00", "-0850", "850.e3"}) {
+        Json::Value root;
+        EXPECT_TRUE(deviceParses(std::string("[") + number + "]", root)) << number;
+        EXPECT_FALSE(isJsonNumberText(number)) << number;
+    }
+    EXPECT_GT(taken, 700u);
+    EXPECT_GT(outside, 400u);
+}
+
+TEST_F(ZelctReadingTest, ALoneMinusIsReadAsZeroAtTheNumbersOwnPlace) {
+    const Outcome outcome = checkText(replaced(kCleanSfp, "850\n", "-\n"));
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    const Finding& finding = outcome.findings[0];
+    EXPECT_EQ(finding.type, Finding::Type::NumberText);
+    EXPECT_EQ(finding.original, "-");
+    EXPECT_EQ(finding.understood, 0);
+    EXPECT_EQ(placed(finding),
+              "12:17 number-text /wavelength: `-` is not a JSON number; the device reads 0");
+}
+
+TEST_F(ZelctReadingTest, APlusOrAPointWithoutDigitsIsReadAsAReal) {
+    const Outcome plus = checkText(replaced(kCleanSfp, "850\n", "+850\n"));
+    ASSERT_EQ(plus.findings.size(), 1u);
+    EXPECT_EQ(plus.findings[0].understood, 850.0);
+    EXPECT_TRUE(plus.findings[0].understood.isDouble());
+    EXPECT_EQ(findingText(plus.findings[0]),
+              "/wavelength: `+850` is not a JSON number; the device reads 850.0");
+    const Outcome zeros = checkText(replaced(kCleanSfp, "850\n", "0850\n"));
+    ASSERT_EQ(zeros.findings.size(), 1u);
+    EXPECT_EQ(zeros.findings[0].understood, 850);
+    EXPECT_TRUE(zeros.findings[0].understood.isInt());
+}
+
+TEST_F(ZelctReadingTest, AByteOrderMarkIsATrapAndPlacesAfterItStayRight) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::vector<ReadingTrap> traps = trapsOf(mark + "[1]");
+    ASSERT_EQ(traps.size(), 1u);
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::ByteOrderMark);
+    EXPECT_EQ(traps[0].offset, 0u);
+    EXPECT_TRUE(trapsOf("[\"" + mark + "\"]").empty());  // inside a string it is a character
+
+    const Outcome outcome = checkText(mark + "{\"wavelength\": 850, \"zz\": 1, \"present\": 1}");
+    std::vector<std::string> places;
+    for (const Finding& finding : outcome.findings) {
+        places.push_back(placed(finding));
+    }
+    ASSERT_GE(places.size(), 3u);
+    EXPECT_EQ(places[0],
+              "1:1 byte-order-mark byte-order mark; the device skips it and never writes it "
+              "back, and strict JSON readers refuse the file");
+    // The mark is one character: "zz" stands at the 22nd, "present" at the 31st.
+    EXPECT_NE(std::find(places.begin(), places.end(), "1:22 dropped /zz: dropped (never read)"),
+              places.end());
+    EXPECT_NE(std::find(places.begin(), places.end(), "1:31 changed /present: 1 read as true"),
+              places.end());
+}
+
+TEST_F(ZelctReadingTest, AnEscapedNulIsATrapInAStringAndInAName) {
+    const Outcome outcome = checkText(replaced(kCleanSfp, "\"FS\"", "\"FS\\u0000Optics\""));
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    const Finding& finding = outcome.findings[0];
+    EXPECT_EQ(finding.type, Finding::Type::NulInString);
+    EXPECT_EQ(finding.original, std::string("FS\0Optics", 9));
+    EXPECT_EQ(finding.understood, "FS");
+    EXPECT_EQ(placed(finding),
+              "11:21 nul-in-string /vendor-name: \\u0000 in a string; the device keeps it, and "
+              "whatever takes the text as a C string (log lines, name comparisons) sees only "
+              "\"FS\"");
+
+    const std::vector<ReadingTrap> traps = trapsOf("{\"a\\u0000b\": \"\\\\u0000\"}");
+    ASSERT_EQ(traps.size(), 1u);  // an escaped backslash before u0000 escapes no NUL
+    EXPECT_EQ(traps[0].type, ReadingTrap::Type::NulInString);
+    EXPECT_EQ(traps[0].offset, 3u);
+    EXPECT_EQ(pointerText(traps[0].path), std::string("/a\0b", 4));
+}
+
+// ---- a document the library refuses ----
+
+TEST_F(ZelctReadingTest, ARefusedDocumentKeepsTheFindingsOfItsText) {
+    writeFile(dir.file("list.json"), "[{\"id\": 1, \"type\": \"madi\", \"position\": 1,}, \"x\"]");
+    const Outcome outcome = checkFile(*findKind("channel-list"), dir.file("list.json"), true);
+    EXPECT_EQ(outcome.status, Outcome::Status::Unusable);
+    EXPECT_EQ(exitCodeOf(outcome.status), 2);
+    EXPECT_EQ(outcome.line, 1);
+    EXPECT_EQ(outcome.column, 45);
+    ASSERT_EQ(outcome.findings.size(), 1u);
+    EXPECT_EQ(placed(outcome.findings[0]),
+              "1:41 trailing-comma /0: trailing comma; the device skips it");
+
+    writeFile(dir.file("object.json"), "// a list, not a set\n[1,]");
+    const Outcome wrongType = checkFile(*findKind("alarms"), dir.file("object.json"), true);
+    EXPECT_EQ(wrongType.status, Outcome::Status::Unusable);
+    ASSERT_EQ(wrongType.findings.size(), 2u);
+    EXPECT_EQ(wrongType.findings[0].type, Finding::Type::Comment);
+    EXPECT_EQ(wrongType.findings[1].type, Finding::Type::TrailingComma);
+}

@@ -78,20 +78,20 @@ def terminal_form(text):
 
 
 def expected_items(report, omitted=False):
-    """What each format must say, in order: ("finding", file, finding) for each finding and
-    ("unusable", file, checked) for each file that cannot be used, file after file; a problem
+    """What each format must say, in order: ("finding", file, finding) for each finding, then
+    ("unusable", file, checked) for a file that cannot be used, file after file; a problem
     of the command itself (the JSON error document) as ("problem", file, report). With
     omitted, ("omitted", file, checked) after the findings of a file that kept only some."""
     if isinstance(report, dict):
         return [("problem", report.get("file", ""), report)]
     items = []
     for checked in report:
-        if checked["result"] == "unusable":
-            items.append(("unusable", checked["file"], checked))
         for finding in checked.get("findings", []):
             items.append(("finding", checked["file"], finding))
         if omitted and checked.get("omitted"):
             items.append(("omitted", checked["file"], checked))
+        if checked["result"] == "unusable":
+            items.append(("unusable", checked["file"], checked))
     return items
 
 

@@ -180,12 +180,12 @@ public:
     void checked(const std::string& file, const Kind& kind, const Outcome& outcome) override {
         libraryLog(outcome.log);
         checkedAny_ = true;
+        for (const Finding& finding : outcome.findings) {
+            results_.append(findingResult(file, kind, finding));
+        }
         if (outcome.status == Outcome::Status::Unusable) {
             Printer::problem({file, outcome.line, outcome.column, outcome.problem, 2});
             results_.append(unusableResult(file, kind, outcome));
-        }
-        for (const Finding& finding : outcome.findings) {
-            results_.append(findingResult(file, kind, finding));
         }
         if (outcome.omitted > 0) {
             // Counted, not kept: the run says how many results each file lacks.
