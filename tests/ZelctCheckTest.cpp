@@ -438,13 +438,25 @@ TEST_F(ZelctCheckTest, ElementsThatReadOtherwiseAloneAreAskedAboutInTheWholeList
                                         "/2/w: dropped (never read)"}));
 }
 
-TEST_F(ZelctCheckTest, EmptyMembersThatNothingReadsAreNoFindingsInAGroup) {
+// An empty member nothing reads is dropped on store like any other; an empty list the class
+// reads as none, as it reads the list's absence, says nothing the reading would miss.
+TEST_F(ZelctCheckTest, EmptyMembersThatNothingReadsAreDropped) {
     Json::Value document = parseJson("{\"state\":\"Enabled\"}");
+    std::vector<std::string> expected;
     for (int i = 0; i < 20; ++i) {
-        document["e" + std::to_string(i)] =
-            Json::Value(i % 2 == 0 ? Json::arrayValue : Json::objectValue);
+        const std::string name = "e" + std::to_string(10 + i);
+        document[name] = i % 3 == 0   ? Json::Value(Json::arrayValue)
+                         : i % 3 == 1 ? Json::Value(Json::objectValue)
+                                      : Json::Value();
+        expected.push_back("/" + name + ": dropped (never read)");
     }
-    EXPECT_TRUE(findDifferences(kState, document, readAs(kState, document)).empty());
+    EXPECT_EQ(texts(findDifferences(kState, document, readAs(kState, document))), expected);
+}
+
+TEST_F(ZelctCheckTest, AnEmptyListTheClassReadsIsNoFinding) {
+    const Kind& table = *findKind("channel-table");
+    const Json::Value document = parseJson("{\"type\": 3, \"string\": \"madi\", \"channels\": []}");
+    EXPECT_TRUE(findDifferences(table, document, readAs(table, document)).empty());
 }
 
 // ---- unusable documents ----

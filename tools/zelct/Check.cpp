@@ -221,8 +221,9 @@ struct Question {
     Kind kind;
     JsonPath path;
     const Json::Value* original;
-    size_t finding;  // index of the waiting finding
-    bool answer;     // read, or (Empty) noticed when removed
+    size_t finding;      // index of the waiting finding
+    bool answer;         // read, or (Empty) noticed when removed
+    bool probed = true;  // Empty, not noticed when removed: noticed when replaced by a probe
 };
 
 // A finding until it is known to be kept: the values it quotes stay where they are, in the
@@ -483,7 +484,38 @@ private:
         }
         answerGroup(scope, reads);
         answerGroup(scope, empties);
+        // An empty member whose removal goes unnoticed may still be one the class reads (an
+        // empty list read as none, as when it is absent), or one it never reads at all, which
+        // the device drops like any other.
+        std::vector<size_t> unnoticed;
+        for (size_t i : empties) {
+            if (!questions_[i].answer) {
+                unnoticed.push_back(i);
+            }
+        }
+        answerProbed(scope, unnoticed);
         return !scope.notLocal;
+    }
+
+    // Probes the group at once and splits it only when the reading notices. Past the budget of
+    // exact work, the rest are taken for read, which costs nothing and reports nothing.
+    void answerProbed(Scope& scope, const std::vector<size_t>& items) {
+        if (items.empty() || scope.notLocal) {
+            return;
+        }
+        const bool noticed = work_ > exactWork_ || notices(scope, items, Perturbation::Probe);
+        if (scope.notLocal) {
+            return;
+        }
+        if (!noticed || items.size() == 1 || work_ > exactWork_) {
+            for (size_t i : items) {
+                questions_[i].probed = noticed;
+            }
+            return;
+        }
+        const auto middle = items.begin() + static_cast<std::ptrdiff_t>(items.size() / 2);
+        answerProbed(scope, std::vector<size_t>(items.begin(), middle));
+        answerProbed(scope, std::vector<size_t>(middle, items.end()));
     }
 
     // Perturbs the whole group at once: when the reading does not notice, no node of it
@@ -634,7 +666,14 @@ private:
     void settle(const Question& question) {
         Pending& finding = pending_[question.finding];
         if (question.kind == Question::Kind::Empty) {
-            // Removing it changes the reading, so it is read and not written back.
+            // Removing it changes the reading, so it is read and not written back; else it
+            // says nothing the reading would miss when the class reads it, and is dropped
+            // when it does not.
+            if (!question.answer && !question.probed) {
+                finding.type = Finding::Type::Dropped;
+                finding.understood = nullptr;
+                return;
+            }
             finding.ignorable = !question.answer;
             return;
         }
