@@ -38,32 +38,58 @@ dictionary() {
         grep -aoE '"[A-Za-z0-9_. -]{1,40}"' | sort -u | sed 's/"/\\"/g; s/.*/"&"/' || true
 }
 
-failed=()
-for binary in "$work"/fuzz/*Fuzz; do
+# One target: its verdict goes to $work/$target.result ("ok SUMMARY" or "finding").
+fuzz_target() {
+    local binary=$1 target
     target=$(basename "$binary" Fuzz)
-    [ -n "$only" ] && [ "$only" != "$target" ] && continue
-    seeds=()
+    local seeds=() dir
     for dir in "fuzz/corpus/$target" "fuzz/corpus/$target-regression" examples tests/cli; do
         [ -d "$dir" ] && seeds+=("$dir")
     done
-    corpus=$work/corpus/$target
+    local corpus=$work/corpus/$target
     mkdir -p "$corpus"
     dictionary "$target" "${seeds[@]}" >"$work/$target.dict"
     # The file store and the checker get inputs long enough for a document nested past the
     # parser's limit (1,000 levels fail; {"a": 1,000 times and its closing braces take some
     # 6,000 bytes).
-    max_len=()
+    local max_len=()
     case $target in FileMgr | ZelctCheck) max_len=(-max_len=16384) ;; esac
-    log=$work/$target.log
+    local log=$work/$target.log
     if ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
         "$binary" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 "${max_len[@]}" \
         -dict="$work/$target.dict" -artifact_prefix="$findings/$target-" \
         "$corpus" "${seeds[@]}" >"$log" 2>&1; then
-        summary=$(grep -aE '^#[0-9]+\s+DONE' "$log" | tail -1 | sed -E 's/^#([0-9]+)\s+DONE\s+/\1 runs, /')
-        echo "fuzz $target: no finding in ${seconds} s ($summary)"
+        echo "ok $(grep -aE '^#[0-9]+\s+DONE' "$log" | tail -1 | sed -E 's/^#([0-9]+)\s+DONE\s+/\1 runs, /')" \
+            >"$work/$target.result"
     else
-        echo "fuzz $target: FINDING (log: $log)"
-        grep -aE 'ERROR|SUMMARY|terminate|runtime error|Test unit written' "$log" | head -20 || true
+        echo "finding" >"$work/$target.result"
+    fi
+}
+
+# As many targets at once as there are cores: each runs its own time on one core, so the
+# stage takes the time of the targets divided by the cores.
+targets=()
+for binary in "$work"/fuzz/*Fuzz; do
+    target=$(basename "$binary" Fuzz)
+    [ -n "$only" ] && [ "$only" != "$target" ] && continue
+    targets+=("$target")
+    rm -f "$work/$target.result"
+    while [ "$(jobs -rp | wc -l)" -ge "$(jobs_count)" ]; do
+        wait -n || true
+    done
+    fuzz_target "$binary" &
+done
+wait
+
+failed=()
+for target in "${targets[@]}"; do
+    result=$(cat "$work/$target.result" 2>/dev/null || echo "finding")
+    if [ "${result%% *}" = ok ]; then
+        echo "fuzz $target: no finding in ${seconds} s (${result#ok })"
+    else
+        echo "fuzz $target: FINDING (log: $work/$target.log)"
+        grep -aE 'ERROR|SUMMARY|terminate|runtime error|Test unit written' "$work/$target.log" |
+            head -20 || true
         failed+=("$target")
     fi
 done

@@ -10,6 +10,8 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -17,6 +19,7 @@
 #include "Check.h"
 #include "ChildProcess.h"
 #include "FileMgr.h"
+#include "FindingKinds.h"
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
@@ -563,4 +566,32 @@ TEST(ZelctNormalize, CheckUnderstandsWhatNormalizeWroteExactly) {
         }
     }
     EXPECT_GT(normalized, 500u);
+}
+
+// ---- the kinds of finding, as the documentation describes them ----
+
+std::string sourceFile(const std::string& relative) {
+    std::ifstream in(std::string(ZELCT_EXAMPLES_DIR) + "/../" + relative);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// Each SARIF rule's helpUri lands on a section of the reference, whose table names the rule,
+// and the README lists every kind.
+TEST(ZelctFindingKinds, EveryKindHasItsSectionTableRowAndReadmeMention) {
+    const std::string reference = sourceFile("docs/findings.md");
+    const std::string readme = sourceFile("README.md");
+    ASSERT_FALSE(reference.empty());
+    ASSERT_FALSE(readme.empty());
+    std::set<std::string> ids;
+    for (const FindingKind& kind : findingKinds()) {
+        const std::string id = kind.id;
+        EXPECT_TRUE(ids.insert(id).second) << id;
+        EXPECT_STREQ(findingTypeName(kind.type), kind.id);
+        EXPECT_NE(reference.find("\n## " + id + "\n"), std::string::npos) << id;
+        EXPECT_NE(reference.find("| [`" + id + "`](#" + id + ") | `" + kind.ruleName + "` |"),
+                  std::string::npos)
+            << id;
+        EXPECT_NE(readme.find("`" + id + "`"), std::string::npos) << id;
+    }
+    EXPECT_EQ(ids.size(), static_cast<size_t>(Finding::Type::HiddenState) + 1);
 }

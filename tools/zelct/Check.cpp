@@ -1178,42 +1178,6 @@ Reading readInPlace(const Kind& kind, Json::Value& document) {
     return reading;
 }
 
-const char* findingTypeName(Finding::Type type) {
-    switch (type) {
-        case Finding::Type::Dropped:
-            return "dropped";
-        case Finding::Type::Changed:
-            return "changed";
-        case Finding::Type::NotWrittenBack:
-            return "not-written-back";
-        case Finding::Type::Added:
-            return "added";
-        case Finding::Type::DuplicateMember:
-            return "duplicate-member";
-        case Finding::Type::TrailingText:
-            return "trailing-text";
-        case Finding::Type::Comment:
-            return "comment";
-        case Finding::Type::TrailingComma:
-            return "trailing-comma";
-        case Finding::Type::AfterNul:
-            return "after-nul";
-        case Finding::Type::NotUtf8:
-            return "not-utf8";
-        case Finding::Type::ControlInString:
-            return "control-in-string";
-        case Finding::Type::ByteOrderMark:
-            return "byte-order-mark";
-        case Finding::Type::NumberText:
-            return "number-text";
-        case Finding::Type::NulInString:
-            return "nul-in-string";
-        case Finding::Type::HiddenState:
-            return "hidden-state";
-    }
-    return "";
-}
-
 std::string findingText(const Finding& finding) {
     // The whole document has the empty pointer, which would leave a bare ": " in front.
     const std::string where = finding.path.empty() ? "" : pointerText(finding.path) + ": ";

@@ -1,5 +1,7 @@
 #include "Report.h"
 
+#include "FindingKinds.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -34,9 +36,7 @@ Json::Value findingJson(const Finding& finding) {
     if (finding.type != Finding::Type::Added) {
         json["original"] = finding.original;
     }
-    if (finding.type == Finding::Type::Changed || finding.type == Finding::Type::Added ||
-        finding.type == Finding::Type::NumberText || finding.type == Finding::Type::NulInString ||
-        finding.type == Finding::Type::HiddenState) {
+    if (findingKind(finding.type).showsUnderstood) {
         json["understood"] = finding.understood;
     }
     json["text"] = findingText(finding);

@@ -9,6 +9,7 @@
 #include <cctype>
 #include <utility>
 
+#include "FindingKinds.h"
 #include "JsonText.h"
 #include "Printer.h"
 #include "Report.h"
@@ -22,46 +23,22 @@ namespace {
 
 // The rules, in the order of their ruleIndex: one for each kind of finding, then one for files
 // that cannot be used. Every finding is a warning: the file was read and the library made
-// something else of it (exit 1). A file that cannot be used is an error (exit 2). The id is the
-// finding's kind as the other formats name it; the name says what happened, in the words
-// viewers show as a title.
-struct Rule {
-    Finding::Type type;
-    const char* name;
-    const char* text;
-};
-// clang-format off
-constexpr Rule kRules[] = {
-    {Finding::Type::Dropped,         "MemberNeverRead",            "A member the library never reads: the device ignores it and drops it on store."},
-    {Finding::Type::Changed,         "ValueReadOtherwise",         "A value the library reads as another value."},
-    {Finding::Type::NotWrittenBack,  "MemberLostOnStore",          "A member the library reads but does not write back: storing the document loses it."},
-    {Finding::Type::Added,           "MissingMemberReadAsDefault", "A member the document lacks, which the library reads as its default."},
-    {Finding::Type::DuplicateMember, "MemberGivenTwice",           "A member given twice in one object: the device keeps the last value."},
-    {Finding::Type::TrailingText,    "TextAfterDocument",          "Text after the document, never parsed."},
-    {Finding::Type::Comment,         "CommentSkipped",             "A comment, which the device's parser skips."},
-    {Finding::Type::TrailingComma,   "CommaBeforeClosingBracket",  "A comma before a closing bracket, which the device's parser skips."},
-    {Finding::Type::AfterNul,        "BytesAfterNul",              "Bytes from a NUL byte on, which the device never loads."},
-    {Finding::Type::NotUtf8,         "StringNotUtf8",              "A string that is not UTF-8, written back otherwise."},
-    {Finding::Type::ControlInString, "UnescapedControlCharacter",  "A control character unescaped in a string, which strict JSON forbids and the device writes back escaped."},
-    {Finding::Type::ByteOrderMark,   "ByteOrderMarkSkipped",       "A byte-order mark before the document, which the device skips and never writes back."},
-    {Finding::Type::NumberText,      "NumberOutsideJson",          "A number written otherwise than JSON allows, which the device's parser reads all the same."},
-    {Finding::Type::NulInString,     "NulInsideString",            "An escaped NUL in a string or member name, where a C string ends."},
-    {Finding::Type::HiddenState,     "KindKeptBehindText",         "A text that names no interface kind: the channel keeps its kind and writes the text back."},
-};
-// clang-format on
-constexpr int kFindingRules = static_cast<int>(sizeof(kRules) / sizeof(kRules[0]));
-constexpr int kUnusableRule = kFindingRules;
+// something else of it (exit 1). A file that cannot be used is an error (exit 2).
 const char* const kUnusableId = "unusable";
 // Where the tool's documentation lives, beside its schemas.
 const char* const kInformationUri = "https://zel.invalid/zelCommonTypes/";
 
+int findingRules() {
+    return static_cast<int>(findingKinds().size());
+}
+
 int ruleIndexOf(Finding::Type type) {
-    for (int i = 0; i < kFindingRules; ++i) {
-        if (kRules[i].type == type) {
+    for (int i = 0; i < findingRules(); ++i) {
+        if (findingKinds()[static_cast<size_t>(i)].type == type) {
             return i;
         }
     }
-    return kUnusableRule;
+    return findingRules();
 }
 
 Json::Value ruleJson(const char* id, const char* name, const char* text, const char* level) {
@@ -77,8 +54,8 @@ Json::Value ruleJson(const char* id, const char* name, const char* text, const c
 
 Json::Value rulesJson() {
     Json::Value rules(Json::arrayValue);
-    for (const Rule& rule : kRules) {
-        rules.append(ruleJson(findingTypeName(rule.type), rule.name, rule.text, "warning"));
+    for (const FindingKind& kind : findingKinds()) {
+        rules.append(ruleJson(kind.id, kind.ruleName, kind.description, "warning"));
     }
     rules.append(ruleJson(kUnusableId, "FileNotUsable",
                           "A file the library cannot load or read as the kind.", "error"));
@@ -133,8 +110,8 @@ Json::Value locationJson(const std::string& file, int line, int column, const st
 
 Json::Value resultJson(int ruleIndex, const std::string& message) {
     Json::Value result(Json::objectValue);
-    const bool unusable = ruleIndex == kUnusableRule;
-    result["ruleId"] = unusable ? kUnusableId : findingTypeName(kRules[ruleIndex].type);
+    const bool unusable = ruleIndex == findingRules();
+    result["ruleId"] = unusable ? kUnusableId : findingKinds()[static_cast<size_t>(ruleIndex)].id;
     result["ruleIndex"] = ruleIndex;
     result["level"] = unusable ? "error" : "warning";
     result["message"]["text"] = message;
@@ -158,7 +135,7 @@ Json::Value findingResult(const std::string& file, const Kind& kind, const Findi
 }
 
 Json::Value unusableResult(const std::string& file, const Kind& kind, const Outcome& outcome) {
-    Json::Value result = resultJson(kUnusableRule, outcome.problem);
+    Json::Value result = resultJson(findingRules(), outcome.problem);
     const bool hasPath = outcome.problemPlace.found;
     const std::string path = hasPath ? pointerText(outcome.problemPlace.path) : std::string();
     result["locations"].append(locationJson(file, outcome.line, outcome.column, path, hasPath));
