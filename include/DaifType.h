@@ -40,7 +40,7 @@ inline std::string text(const Json::Value& root, const char* key, const char* fa
 // Reading never fails on content; an unknown name keeps the previous number. An empty array or
 // object under "string" counts as absent, and "type" is read only when "string" is absent.
 // Members that throw: "string", "type".
-class ZELCT_API DaifType : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifType : public IJsonSerializable {
 public:
     enum DaifType_en {
         DAIF_TDM = 0,
@@ -168,7 +168,7 @@ private:
 // Media carried by a channel, written as {"media-type": 0, "string": "audio"}.
 // The number and the name are kept side by side; neither is derived from the other.
 // Members that throw: "media-type", "string".
-class ZELCT_API DaifMediaType : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifMediaType : public IJsonSerializable {
 public:
     DaifMediaType() : value(0), name("audio") {}
 
@@ -199,7 +199,7 @@ private:
 
 // Direction an interface supports, written as {"capability": 0, "string": "inout"}.
 // Members that throw: "capability", "string".
-class ZELCT_API DaifCapabilities : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifCapabilities : public IJsonSerializable {
 public:
     DaifCapabilities() : value(0), name("inout") {}
 
@@ -229,7 +229,7 @@ private:
 // Kind of a network stream, written as its name alone: {"type": "audio"}.
 // The writer knows "test" but the reader does not: reading "test" keeps the kind.
 // Members that throw: "type".
-class ZELCT_API StreamType : public IJsonSerializable {
+class ZELCOMMONTYPES_API StreamType : public IJsonSerializable {
 public:
     enum StreamType_en {
         STREAM_AUDIO = 1,
@@ -276,7 +276,7 @@ private:
 // Whether something is enabled, written as its name alone: {"state": "Enabled"}.
 // Names are compared exactly: "enabled" is not a state name and reads as Disabled.
 // Members that throw: "state".
-class ZELCT_API State : public IJsonSerializable {
+class ZELCOMMONTYPES_API State : public IJsonSerializable {
 public:
     enum State_en { STATE_DISABLED = 0, STATE_ENABLED = 1, STATE_PAUSED = 2 };
 

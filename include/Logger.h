@@ -10,7 +10,7 @@
 // are dropped before they are formatted. Safe to call from many threads at once: the sink
 // is called for one line at a time. A thread can take its own lines for a while with a
 // Logger::Capture instead of letting them reach the sink.
-class ZELCT_API Logger {
+class ZELCOMMONTYPES_API Logger {
 public:
     enum logDebugLevel_t {
         logEmergency = 0,
@@ -45,7 +45,7 @@ public:
     // again, and with none left the thread's lines go through the threshold to the sink as
     // before. Other threads, the sink and the threshold are left as they are. A capture is
     // used and ended on the thread that made it.
-    class ZELCT_API Capture {
+    class ZELCOMMONTYPES_API Capture {
     public:
         struct Line {
             logDebugLevel_t level;
