@@ -14,8 +14,8 @@
 
 // The descriptors are header-only, so they read through these few helpers in the same way as
 // the record helpers of the library's sources, which no public header can include.
-namespace zelct {
-namespace descriptor {
+namespace zelcommon {
+namespace detail {
 
 inline const Json::Value* find(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
@@ -31,8 +31,8 @@ inline std::string text(const Json::Value& root, const char* key, const char* fa
     return found != nullptr ? found->asString() : std::string(fallback);
 }
 
-}  // namespace descriptor
-}  // namespace zelct
+}  // namespace detail
+}  // namespace zelcommon
 
 // Kind of physical audio/video interface: a number and its name, written as
 // {"type": 3, "string": "madi"}.
@@ -125,7 +125,7 @@ public:
     void Deserialize(Json::Value& root) override {
         const Json::Value& given = root[kNameKey];
         if (given.empty()) {
-            setValueAndName(zelct::descriptor::integer(root, kNumberKey, DAIF_AUTO));
+            setValueAndName(zelcommon::detail::integer(root, kNumberKey, DAIF_AUTO));
         } else {
             name = given.asString();
         }
@@ -185,8 +185,8 @@ public:
     // A document without "media-type" reads as 3 with an empty name, not as the
     // constructor's 0 "audio".
     void Deserialize(Json::Value& root) override {
-        value = zelct::descriptor::integer(root, kNumberKey, 3);
-        name = zelct::descriptor::text(root, kNameKey, "");
+        value = zelcommon::detail::integer(root, kNumberKey, 3);
+        name = zelcommon::detail::text(root, kNameKey, "");
     }
 
 private:
@@ -214,8 +214,8 @@ public:
     }
 
     void Deserialize(Json::Value& root) override {
-        value = zelct::descriptor::integer(root, kNumberKey, 0);
-        name = zelct::descriptor::text(root, kNameKey, "inout");
+        value = zelcommon::detail::integer(root, kNumberKey, 0);
+        name = zelcommon::detail::text(root, kNameKey, "inout");
     }
 
 private:
@@ -264,7 +264,7 @@ public:
         root[kNameKey] = Json::Value(nameOf(value));
     }
     void Deserialize(Json::Value& root) override {
-        setName(zelct::descriptor::text(root, kNameKey, ""));
+        setName(zelcommon::detail::text(root, kNameKey, ""));
     }
 
 private:
@@ -305,7 +305,7 @@ public:
         root[kNameKey] = Json::Value(nameOf(value));
     }
     void Deserialize(Json::Value& root) override {
-        setName(zelct::descriptor::text(root, kNameKey, ""));
+        setName(zelcommon::detail::text(root, kNameKey, ""));
     }
 
 private:
