@@ -17,7 +17,7 @@
 // Reading never fails on content: an unknown, empty or missing text reads as ok (the names
 // are compared exactly, so "Error" is unknown).
 // Members that throw: "severity".
-class ZELCT_API AlarmSeverity : public IJsonSerializable {
+class ZELCOMMONTYPES_API AlarmSeverity : public IJsonSerializable {
 public:
     enum AlarmSeverity_en : std::int32_t {
         SEVERITY_OK = 0,
@@ -59,7 +59,7 @@ private:
 // keys read as type 0, empty description, severity ok.
 //
 // Members that throw: "description", "severity", "type".
-class ZELCT_API Alarm : public IJsonSerializable {
+class ZELCOMMONTYPES_API Alarm : public IJsonSerializable {
 public:
     enum AlarmType : std::int32_t {
         NO_PACKETS_RECEIVED = 0,

@@ -24,7 +24,7 @@
 // throws. Members that throw: "alarms".
 //
 // Holds no lock: a caller that shares a manager between threads guards it itself.
-class ZELCT_API AlarmManager : public IJsonSerializable {
+class ZELCOMMONTYPES_API AlarmManager : public IJsonSerializable {
 public:
     AlarmManager();
 

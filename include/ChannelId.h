@@ -20,7 +20,7 @@
 // with the unknown text as name. A value handed over that is not an object is converted as the
 // bare number, so text or an array there throws.
 // Members that throw: "id", "position", "type".
-class ZELCT_API ChannelId : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelId : public IJsonSerializable {
 public:
     // Kind "auto", position 0.
     explicit ChannelId(int id);

@@ -22,7 +22,7 @@
 // The array is walked by index: a scalar reads as no elements, an object with members throws,
 // and the elements read before a throw stay appended. Writing a non-empty list into a value
 // that is neither null nor an array throws as well.
-class ZELCT_API ChannelList : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelList : public IJsonSerializable {
 public:
     // Appends a copy, duplicates included. Returns 0.
     int addChannel(const ChannelId& channel);

@@ -21,7 +21,7 @@
 // Reading takes 0, false and 0 for missing keys. "channel-id" is written signed and read
 // unsigned, so channel numbers above 2147483647 do not read back.
 // Members that throw: "channel-id", "error-cnt", "error-detected".
-class ZELCT_API ChannelTPCStats : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelTPCStats : public IJsonSerializable {
 public:
     // Declared again beside the non-const one so that neither hides the other.
     void Serialize(Json::Value& root) const override = 0;

@@ -34,7 +34,7 @@
 // members. "name" is never read, so it never throws.
 // Members that throw: "blocked", "capabilities", "id", "input", "media-type", "name-input",
 // "name-output", "output".
-class ZELCT_API ChannelTableEntry : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelTableEntry : public IJsonSerializable {
 public:
     ChannelTableEntry();
 
@@ -54,7 +54,7 @@ public:
 // How a channel is used at run time, per direction, with the session streams that use it.
 // Not serializable. number, inputUsage and outputUsage are left unset by the constructor:
 // assign the usage codes before calling usageToString.
-class ZELCT_API ChannelInfo {
+class ZELCOMMONTYPES_API ChannelInfo {
 public:
     enum ChannelDirection_en : uint32_t {
         CHANNEL_DIRECTION_INPUT = 0,

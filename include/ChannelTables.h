@@ -21,7 +21,7 @@
 // index: a scalar there reads as no rows, an object with members throws; the rows read
 // before a throw stay appended.
 // Members that throw: "channels", "string", "type".
-class ZELCT_API ChannelTable : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelTable : public IJsonSerializable {
 public:
     void Serialize(Json::Value& root) const override;
     void Deserialize(Json::Value& root) override;
@@ -36,7 +36,7 @@ public:
 // Reading appends one table per element of the array and keeps the tables already held.
 // The array is walked by index: a scalar reads as no tables, an object with members throws,
 // and the tables read before a throw stay appended.
-class ZELCT_API ChannelTables : public IJsonSerializable {
+class ZELCOMMONTYPES_API ChannelTables : public IJsonSerializable {
 public:
     void Serialize(Json::Value& root) const override;
     void Deserialize(Json::Value& root) override;

@@ -14,8 +14,8 @@
 
 // The descriptors are header-only, so they read through these few helpers in the same way as
 // the record helpers of the library's sources, which no public header can include.
-namespace zelct {
-namespace descriptor {
+namespace zelcommon {
+namespace detail {
 
 inline const Json::Value* find(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
@@ -31,8 +31,8 @@ inline std::string text(const Json::Value& root, const char* key, const char* fa
     return found != nullptr ? found->asString() : std::string(fallback);
 }
 
-}  // namespace descriptor
-}  // namespace zelct
+}  // namespace detail
+}  // namespace zelcommon
 
 // Kind of physical audio/video interface: a number and its name, written as
 // {"type": 3, "string": "madi"}.
@@ -40,7 +40,7 @@ inline std::string text(const Json::Value& root, const char* key, const char* fa
 // Reading never fails on content; an unknown name keeps the previous number. An empty array or
 // object under "string" counts as absent, and "type" is read only when "string" is absent.
 // Members that throw: "string", "type".
-class ZELCT_API DaifType : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifType : public IJsonSerializable {
 public:
     enum DaifType_en {
         DAIF_TDM = 0,
@@ -125,7 +125,7 @@ public:
     void Deserialize(Json::Value& root) override {
         const Json::Value& given = root[kNameKey];
         if (given.empty()) {
-            setValueAndName(zelct::descriptor::integer(root, kNumberKey, DAIF_AUTO));
+            setValueAndName(zelcommon::detail::integer(root, kNumberKey, DAIF_AUTO));
         } else {
             name = given.asString();
         }
@@ -168,7 +168,7 @@ private:
 // Media carried by a channel, written as {"media-type": 0, "string": "audio"}.
 // The number and the name are kept side by side; neither is derived from the other.
 // Members that throw: "media-type", "string".
-class ZELCT_API DaifMediaType : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifMediaType : public IJsonSerializable {
 public:
     DaifMediaType() : value(0), name("audio") {}
 
@@ -185,8 +185,8 @@ public:
     // A document without "media-type" reads as 3 with an empty name, not as the
     // constructor's 0 "audio".
     void Deserialize(Json::Value& root) override {
-        value = zelct::descriptor::integer(root, kNumberKey, 3);
-        name = zelct::descriptor::text(root, kNameKey, "");
+        value = zelcommon::detail::integer(root, kNumberKey, 3);
+        name = zelcommon::detail::text(root, kNameKey, "");
     }
 
 private:
@@ -199,7 +199,7 @@ private:
 
 // Direction an interface supports, written as {"capability": 0, "string": "inout"}.
 // Members that throw: "capability", "string".
-class ZELCT_API DaifCapabilities : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaifCapabilities : public IJsonSerializable {
 public:
     DaifCapabilities() : value(0), name("inout") {}
 
@@ -214,8 +214,8 @@ public:
     }
 
     void Deserialize(Json::Value& root) override {
-        value = zelct::descriptor::integer(root, kNumberKey, 0);
-        name = zelct::descriptor::text(root, kNameKey, "inout");
+        value = zelcommon::detail::integer(root, kNumberKey, 0);
+        name = zelcommon::detail::text(root, kNameKey, "inout");
     }
 
 private:
@@ -229,7 +229,7 @@ private:
 // Kind of a network stream, written as its name alone: {"type": "audio"}.
 // The writer knows "test" but the reader does not: reading "test" keeps the kind.
 // Members that throw: "type".
-class ZELCT_API StreamType : public IJsonSerializable {
+class ZELCOMMONTYPES_API StreamType : public IJsonSerializable {
 public:
     enum StreamType_en {
         STREAM_AUDIO = 1,
@@ -264,7 +264,7 @@ public:
         root[kNameKey] = Json::Value(nameOf(value));
     }
     void Deserialize(Json::Value& root) override {
-        setName(zelct::descriptor::text(root, kNameKey, ""));
+        setName(zelcommon::detail::text(root, kNameKey, ""));
     }
 
 private:
@@ -276,7 +276,7 @@ private:
 // Whether something is enabled, written as its name alone: {"state": "Enabled"}.
 // Names are compared exactly: "enabled" is not a state name and reads as Disabled.
 // Members that throw: "state".
-class ZELCT_API State : public IJsonSerializable {
+class ZELCOMMONTYPES_API State : public IJsonSerializable {
 public:
     enum State_en { STATE_DISABLED = 0, STATE_ENABLED = 1, STATE_PAUSED = 2 };
 
@@ -305,7 +305,7 @@ public:
         root[kNameKey] = Json::Value(nameOf(value));
     }
     void Deserialize(Json::Value& root) override {
-        setName(zelct::descriptor::text(root, kNameKey, ""));
+        setName(zelcommon::detail::text(root, kNameKey, ""));
     }
 
 private:

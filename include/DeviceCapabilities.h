@@ -23,7 +23,7 @@
 // present count object reads as 0.
 //
 // Members that throw: "deviceCapabilities".
-class ZELCT_API DeviceCapabilities : public IJsonSerializable {
+class ZELCOMMONTYPES_API DeviceCapabilities : public IJsonSerializable {
 public:
     DeviceCapabilities();
 
@@ -44,7 +44,7 @@ public:
 //   "eth-port"  string  empty when missing
 //   "tpc-port"  uint    0 when missing
 // Members that throw: "eth-port", "tpc-port".
-class ZELCT_API ProcessBasicInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API ProcessBasicInfo : public IJsonSerializable {
 public:
     ProcessBasicInfo();
 

@@ -29,7 +29,7 @@
 // once, each on its own record.
 //
 // Members that throw: "eth-name", "ifid", "ipv4", "linkup", "mac", "network-mask", "sfp".
-class ZELCT_API EthBasicInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API EthBasicInfo : public IJsonSerializable {
 public:
     EthBasicInfo();
 
@@ -66,7 +66,7 @@ public:
 //
 // The arrays are read only for a count above 0; then each must be an array or null.
 // Members that throw: "cpuBandwidth", "ethCount", "linkBandwidth".
-class ZELCT_API EthBandwidthInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API EthBandwidthInfo : public IJsonSerializable {
 public:
     // Bits per second in each direction.
     struct Bandwidth {

@@ -21,7 +21,7 @@
 //
 // The path is handed to the operating system unchanged. Loading and parsing never throw: a
 // document of any shape is returned as jsoncpp parsed it, and its readers decide.
-class ZELCT_API FileMgr {
+class ZELCOMMONTYPES_API FileMgr {
 public:
     static constexpr int kOk = 0;
     static constexpr int kErrOpenRead = -17;

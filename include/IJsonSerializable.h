@@ -18,7 +18,7 @@
 // null. Members read before the throw keep their new values. Nothing else is thrown. Each
 // header names its members that throw on a line "Members that throw:" (a test holds the
 // readers to it) and states only what differs from this rule.
-class ZELCT_API IJsonSerializable {
+class ZELCOMMONTYPES_API IJsonSerializable {
 public:
     IJsonSerializable();
     virtual ~IJsonSerializable();

@@ -13,7 +13,7 @@
 // A ring of size 0 is accepted and holds nothing: addSample does nothing, the mean is 0/0
 // (NaN) and the dump lists no samples. Nothing is thrown beyond std::bad_alloc from building
 // the ring.
-class ZELCT_API MoveAverage {
+class ZELCOMMONTYPES_API MoveAverage {
 public:
     MoveAverage(unsigned int size, unsigned int minSize);
 

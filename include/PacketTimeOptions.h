@@ -19,7 +19,7 @@
 // acceptable or a frequency without allowed samples-per-packet values. Nothing is thrown.
 // The frequency passed to calculatePacketTimeUs, getAllowedPtimeRange and
 // checkPacketTimeValid must not be 0: callers validate it with isValidChannelFreqOption.
-class ZELCT_API PacketTimeOptions {
+class ZELCOMMONTYPES_API PacketTimeOptions {
 public:
     // Samples per packet per channel.
     enum samplesPerPkt_e : std::int32_t {

@@ -31,7 +31,7 @@
 // is never read, so it never throws.
 // Members that throw: "name", "redundant-type", "remote-sid", "session", "state", "stream",
 // "stream-hw-id", "stream-name", "type".
-class ZELCT_API SessionStreamBasics : public IJsonSerializable {
+class ZELCOMMONTYPES_API SessionStreamBasics : public IJsonSerializable {
 public:
     SessionStreamBasics();
 
@@ -58,7 +58,7 @@ public:
 //
 // The array is walked by index: a scalar reads as no elements, an object with members throws,
 // and the records read before a throw stay appended.
-class ZELCT_API SessionStreamList : public IJsonSerializable {
+class ZELCOMMONTYPES_API SessionStreamList : public IJsonSerializable {
 public:
     const std::list<SessionStreamBasics>& getList() const { return streams; }
     void add(const SessionStreamBasics& record) { streams.push_back(record); }

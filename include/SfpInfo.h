@@ -24,7 +24,7 @@
 // Reading takes the constructor's value for every missing key.
 // Members that throw: "connector", "part-number", "present", "revision", "rx-power",
 // "serial-number", "supply-voltage", "temperature", "tx-power", "vendor-name", "wavelength".
-class ZELCT_API SfpInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API SfpInfo : public IJsonSerializable {
 public:
     SfpInfo();
 

@@ -48,7 +48,7 @@
 // Members that throw: "advertisement", "bitstream", "chipid-name", "chipid-version",
 // "cpu-loadavg", "deviceCapabilities", "errors", "eth", "fan-speed", "fw-date", "fw-version",
 // "madi-lock", "product", "product-info", "rtsp", "serial-number", "temperature".
-class ZELCT_API SystemBasicInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API SystemBasicInfo : public IJsonSerializable {
 public:
     SystemBasicInfo();
 

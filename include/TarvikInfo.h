@@ -13,7 +13,7 @@
 
 // FPGA temperature. JSON: "fpga" (int), 65535 when unknown or missing.
 // Members that throw: "fpga".
-class ZELCT_API SystemTemperature : public IJsonSerializable {
+class ZELCOMMONTYPES_API SystemTemperature : public IJsonSerializable {
 public:
     SystemTemperature();
 
@@ -25,7 +25,7 @@ public:
 
 // Main fan speed. JSON: "main" (int), -1 when unknown or missing.
 // Members that throw: "main".
-class ZELCT_API FanSpeed : public IJsonSerializable {
+class ZELCOMMONTYPES_API FanSpeed : public IJsonSerializable {
 public:
     FanSpeed();
 
@@ -39,7 +39,7 @@ public:
 //   "id", "current", "voltage", "rev", "io-id", "variant", "issue"
 // (current before voltage here, unlike TarvikInfo's own members).
 // Members that throw: "current", "id", "io-id", "issue", "rev", "variant", "voltage".
-class ZELCT_API DaughterBoard : public IJsonSerializable {
+class ZELCOMMONTYPES_API DaughterBoard : public IJsonSerializable {
 public:
     DaughterBoard();
 
@@ -65,7 +65,7 @@ public:
 // Members that throw: "base-io-id", "base-rev-issue", "board-rev", "board-type", "current",
 // "daughter-card", "fan-speed", "rear-module-id-1", "rear-module-id-2", "slot-number",
 // "voltage".
-class ZELCT_API TarvikInfo : public IJsonSerializable {
+class ZELCOMMONTYPES_API TarvikInfo : public IJsonSerializable {
 public:
     TarvikInfo();
 
@@ -89,7 +89,7 @@ public:
 //   "load-average-1min", "load-average-5min", "load-average-15min"
 // An integer in the document is widened to a double.
 // Members that throw: "load-average-15min", "load-average-1min", "load-average-5min".
-class ZELCT_API CpuLoadAverage : public IJsonSerializable {
+class ZELCOMMONTYPES_API CpuLoadAverage : public IJsonSerializable {
 public:
     CpuLoadAverage();
 
@@ -104,7 +104,7 @@ public:
 // One current system error. JSON: "code" (int, -1 when missing), "description" (string,
 // empty when missing).
 // Members that throw: "code", "description".
-class ZELCT_API SystemError : public IJsonSerializable {
+class ZELCOMMONTYPES_API SystemError : public IJsonSerializable {
 public:
     SystemError();
 

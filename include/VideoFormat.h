@@ -23,7 +23,7 @@
 // JSON form: {"format": "1080P59"}; number 0 writes nothing. Reading takes "format" as text
 // ("" when missing): an empty text gives number 0, any other text goes through fromString.
 // Members that throw: "format".
-class ZELCT_API VideoFormat : public IJsonSerializable {
+class ZELCOMMONTYPES_API VideoFormat : public IJsonSerializable {
 public:
     // 32 bits wide so that any number a caller stores (35, -1) is a valid value of the type.
     enum video_format_t : std::int32_t {

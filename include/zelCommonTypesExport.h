@@ -1,8 +1,8 @@
 #pragma once
 
-// The library is built with hidden visibility; ZELCT_API marks what it exports.
+// The library is built with hidden visibility; ZELCOMMONTYPES_API marks what it exports.
 #if defined(__GNUC__)
-#define ZELCT_API __attribute__((visibility("default")))
+#define ZELCOMMONTYPES_API __attribute__((visibility("default")))
 #else
-#define ZELCT_API
+#define ZELCOMMONTYPES_API
 #endif

@@ -92,7 +92,7 @@ selftest() {
     mkdir -p "$copy/source"
     cp -r CMakeLists.txt cmake include src "$copy/source/"
     # SfpInfo's members are public and read in place by callers: one more in front moves all.
-    sed -i 's/^\(class ZELCT_API SfpInfo[^{]*{\)$/\1\npublic:\n    int abiProbe = 0;/' \
+    sed -i 's/^\(class ZELCOMMONTYPES_API SfpInfo[^{]*{\)$/\1\npublic:\n    int abiProbe = 0;/' \
         "$copy/source/include/SfpInfo.h"
     grep -q abiProbe "$copy/source/include/SfpInfo.h" ||
         { echo "abi: selftest could not edit SfpInfo.h"; return 1; }

@@ -75,7 +75,7 @@ std::set<std::string> contractOf(const Kind& kind, bool& found) {
     std::ifstream file(std::string(ZELCT_INCLUDE_DIR) + "/" + kind.header);
     std::vector<std::string> comment;
     std::string line;
-    const std::string declaration = std::string("class ZELCT_API ") + kind.name + " ";
+    const std::string declaration = std::string("class ZELCOMMONTYPES_API ") + kind.name + " ";
     found = false;
     while (std::getline(file, line)) {
         if (line.rfind("//", 0) == 0) {

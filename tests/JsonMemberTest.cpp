@@ -15,9 +15,9 @@ namespace {
 
 // A shape lists exactly one key for each name of its record: a list of another length does
 // not compile.
-static_assert(std::is_constructible<zelct::Shape<3>, const char* const (&)[3]>::value,
+static_assert(std::is_constructible<zelcommon::Shape<3>, const char* const (&)[3]>::value,
               "a shape takes as many keys as its record names");
-static_assert(!std::is_convertible<const char* const (&)[3], zelct::Shape<3>>::value,
+static_assert(!std::is_convertible<const char* const (&)[3], zelcommon::Shape<3>>::value,
               "a shape is built from its keys on purpose only");
 
 constexpr const char* kManyKeys[] = {"k00", "k01", "k02", "k03", "k04", "k05", "k06",
@@ -44,16 +44,16 @@ struct Number {
 
 std::vector<int> readNumbers(Json::Value& array) {
     std::vector<int> numbers;
-    zelct::readEach(array, Number(), [&numbers](Number&& n) { numbers.push_back(n.value); });
+    zelcommon::readEach(array, Number(), [&numbers](Number&& n) { numbers.push_back(n.value); });
     return numbers;
 }
 
 }  // namespace
 
 TEST(JsonMember, AShapeOfTwentyKeysWritesEveryOne) {
-    const zelct::Shape<20> shape(kManyKeys);
+    const zelcommon::Shape<20> shape(kManyKeys);
     Json::Value root;
-    zelct::Writer out(root, shape);
+    zelcommon::Writer out(root, shape);
     for (std::size_t i = 0; i < 20; ++i) {
         out[i] = Json::Value(static_cast<int>(i));
     }
@@ -64,21 +64,21 @@ TEST(JsonMember, AShapeOfTwentyKeysWritesEveryOne) {
 }
 
 TEST(JsonMember, AReaderOfTwentyKeysFindsEveryOne) {
-    const zelct::Shape<20> shape(kManyKeys);
+    const zelcommon::Shape<20> shape(kManyKeys);
     Json::Value root(Json::objectValue);
     for (int i = 0; i < 20; ++i) {
         root[kManyKeys[i]] = Json::Value(100 + i);
     }
-    zelct::Reader in(root, shape);
+    zelcommon::Reader in(root, shape);
     for (int i = 19; i >= 0; --i) {  // against the shape's order, too
         EXPECT_EQ(in.integer(static_cast<std::size_t>(i), -1), 100 + i) << kManyKeys[i];
     }
 }
 
 TEST(JsonMember, KeysWrittenOnlyAtTimesStayOutOfAFreshObject) {
-    const zelct::Shape<3> shape({"always", "sometimes", "also"}, {1});
+    const zelcommon::Shape<3> shape({"always", "sometimes", "also"}, {1});
     Json::Value root;
-    zelct::Writer out(root, shape);
+    zelcommon::Writer out(root, shape);
     out[0] = 1;
     out[2] = 3;
     EXPECT_EQ(root.getMemberNames(), (std::vector<std::string>{"also", "always"}));
@@ -87,11 +87,11 @@ TEST(JsonMember, KeysWrittenOnlyAtTimesStayOutOfAFreshObject) {
 }
 
 TEST(JsonMember, AwkwardKeysAreWrittenAndFoundInAnyOrder) {
-    const zelct::Shape<11> shape(kAwkwardKeys);
+    const zelcommon::Shape<11> shape(kAwkwardKeys);
     ASSERT_TRUE(shape.walkable());
     Json::Value root;
     {
-        zelct::Writer out(root, shape);
+        zelcommon::Writer out(root, shape);
         for (std::size_t i = 0; i < 11; ++i) {
             out[i] = Json::Value(static_cast<int>(i));
         }
@@ -109,7 +109,7 @@ TEST(JsonMember, AwkwardKeysAreWrittenAndFoundInAnyOrder) {
     sparse["ab"] = 2;
     sparse["\xff\xff"] = 8;
     sparse["ba"] = 10;
-    zelct::Reader in(sparse, shape);
+    zelcommon::Reader in(sparse, shape);
     EXPECT_EQ(in.integer(10, -1), 10);  // "ba"
     EXPECT_EQ(in.integer(2, -1), 2);    // "ab"
     EXPECT_EQ(in.integer(3, -1), -1);   // "abc"
@@ -120,10 +120,10 @@ TEST(JsonMember, AwkwardKeysAreWrittenAndFoundInAnyOrder) {
 }
 
 TEST(JsonMember, ReaderAddsAMissingMemberAsNullLikeTheMemberAccess) {
-    const zelct::Shape<3> shape({"inner", "count", "other"});
+    const zelcommon::Shape<3> shape({"inner", "count", "other"});
     Json::Value root(Json::objectValue);
     root["count"] = 3;
-    zelct::Reader in(root, shape);
+    zelcommon::Reader in(root, shape);
     EXPECT_TRUE(in.member(0).isNull());
     EXPECT_TRUE(root.isMember("inner"));
     EXPECT_EQ(in.integer(1, 0), 3);
@@ -132,11 +132,11 @@ TEST(JsonMember, ReaderAddsAMissingMemberAsNullLikeTheMemberAccess) {
 }
 
 TEST(JsonMember, WriterIntoAFilledObjectKeepsItsMembers) {
-    const zelct::Shape<2> shape({"a", "b"});
+    const zelcommon::Shape<2> shape({"a", "b"});
     Json::Value root(Json::objectValue);
     root["z"] = "kept";
     root["a"] = "old";
-    zelct::Writer out(root, shape);
+    zelcommon::Writer out(root, shape);
     out[0] = 1;
     out[1] = 2;
     Json::Value expected(Json::objectValue);
@@ -173,8 +173,8 @@ TEST(JsonMember, EveryRecordReadsCorrectlyAmongKeysThatStressOrdering) {
 }
 
 TEST(JsonMember, AShapeOfAKeyListIsBuiltOnceFromItsNames) {
-    const zelct::Shape<TestKey::count>& shape = zelct::shapeOf<TestKey>();
-    EXPECT_EQ(&shape, &zelct::shapeOf<TestKey>());
+    const zelcommon::Shape<TestKey::count>& shape = zelcommon::shapeOf<TestKey>();
+    EXPECT_EQ(&shape, &zelcommon::shapeOf<TestKey>());
     EXPECT_STREQ(shape.key(TestKey::also), "also");
     EXPECT_EQ(shape.start().getMemberNames(), (std::vector<std::string>{"also", "always"}));
 }

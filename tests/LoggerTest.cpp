@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -103,4 +106,147 @@ TEST(Logger, ManyThreadsLogEveryLineWhole) {
         EXPECT_EQ(i, perThread[t]);  // each thread's lines arrive in its own order
         ++perThread[t];
     }
+}
+
+TEST(LoggerCapture, TakesTheThreadsLinesInsteadOfTheSink) {
+    LogCapture sink;
+    {
+        Logger::Capture capture;
+        Logger::log(Logger::logError, "ERR::path '%s' error %d", "/x", 17);
+        Logger::log(Logger::logInfo, "INF::alarm %d on", 4);
+        ASSERT_EQ(capture.lines().size(), 2u);
+        EXPECT_EQ(capture.lines()[0],
+                  (Logger::Capture::Line{Logger::logError, "ERR::path '/x' error 17"}));
+        EXPECT_EQ(capture.lines()[1], (Logger::Capture::Line{Logger::logInfo, "INF::alarm 4 on"}));
+        EXPECT_TRUE(sink.lines().empty());
+    }
+    Logger::log(Logger::logError, "ERR::after %d", 1);
+    ASSERT_EQ(sink.lines().size(), 1u);
+    EXPECT_EQ(sink.lines()[0], logLine(Logger::logError, "ERR::after 1"));
+}
+
+TEST(LoggerCapture, RecordsVerboseLinesWhileTheThresholdStaysAtInfo) {
+    LogCapture sink;
+    Logger::setThreshold(Logger::logInfo);
+    {
+        Logger::Capture capture;
+        EXPECT_EQ(Logger::getThreshold(), Logger::logInfo);
+        Logger::log(Logger::logVerbose, "VBS::loaded %d bytes", 120);
+        Logger::log(Logger::logDebug, "DBG::removed channel %d", 3);
+        const std::vector<Logger::Capture::Line> expected = {
+            {Logger::logVerbose, "VBS::loaded 120 bytes"},
+            {Logger::logDebug, "DBG::removed channel 3"}};
+        EXPECT_EQ(capture.lines(), expected);
+    }
+    EXPECT_EQ(Logger::getThreshold(), Logger::logInfo);
+    // Outside the capture the threshold drops the same lines again.
+    Logger::log(Logger::logVerbose, "VBS::loaded %d bytes", 120);
+    Logger::log(Logger::logInfo, "INF::kept");
+    ASSERT_EQ(sink.lines().size(), 1u);
+    EXPECT_EQ(sink.lines()[0], logLine(Logger::logInfo, "INF::kept"));
+}
+
+TEST(LoggerCapture, LeavesTheThresholdAsTheProcessSetItEvenWhenItIsLowered) {
+    LogCapture sink;
+    Logger::setThreshold(Logger::logError);
+    Logger::Capture capture;
+    Logger::log(Logger::logInfo, "INF::one");
+    Logger::setThreshold(Logger::logEmergency);
+    Logger::log(Logger::logVerbose, "VBS::two");
+    EXPECT_EQ(Logger::getThreshold(), Logger::logEmergency);
+    const std::vector<Logger::Capture::Line> expected = {{Logger::logInfo, "INF::one"},
+                                                         {Logger::logVerbose, "VBS::two"}};
+    EXPECT_EQ(capture.lines(), expected);
+    EXPECT_TRUE(sink.lines().empty());
+}
+
+TEST(LoggerCapture, KeepsTheDefaultSinkSilentAndLeavesItInPlace) {
+    Logger::setSink(nullptr);
+    Logger::setThreshold(Logger::logInfo);
+    testing::internal::CaptureStderr();
+    {
+        Logger::Capture capture;
+        Logger::log(Logger::logError, "ERR::captured %d", 1);
+        ASSERT_EQ(capture.lines().size(), 1u);
+        EXPECT_EQ(capture.lines()[0].text, "ERR::captured 1");
+    }
+    Logger::log(Logger::logError, "ERR::shown %d", 2);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERR::shown 2\n");
+}
+
+TEST(LoggerCapture, TheInnermostCaptureTakesTheLine) {
+    LogCapture sink;
+    Logger::Capture outer;
+    Logger::log(Logger::logInfo, "INF::outer %d", 1);
+    {
+        Logger::Capture inner;
+        Logger::log(Logger::logInfo, "INF::inner %d", 1);
+        {
+            Logger::Capture innermost;
+            Logger::log(Logger::logVerbose, "VBS::innermost");
+            ASSERT_EQ(innermost.lines().size(), 1u);
+            EXPECT_EQ(innermost.lines()[0].text, "VBS::innermost");
+        }
+        Logger::log(Logger::logInfo, "INF::inner %d", 2);
+        const std::vector<Logger::Capture::Line> expected = {{Logger::logInfo, "INF::inner 1"},
+                                                             {Logger::logInfo, "INF::inner 2"}};
+        EXPECT_EQ(inner.lines(), expected);
+    }
+    Logger::log(Logger::logInfo, "INF::outer %d", 2);
+    const std::vector<Logger::Capture::Line> expected = {{Logger::logInfo, "INF::outer 1"},
+                                                         {Logger::logInfo, "INF::outer 2"}};
+    EXPECT_EQ(outer.lines(), expected);
+    EXPECT_TRUE(sink.lines().empty());
+}
+
+TEST(LoggerCapture, AnOuterCaptureThatEndsFirstLeavesTheInnerOneTakingLines) {
+    LogCapture sink;
+    auto outer = std::make_unique<Logger::Capture>();
+    Logger::Capture inner;
+    outer.reset();
+    Logger::log(Logger::logInfo, "INF::still inner");
+    ASSERT_EQ(inner.lines().size(), 1u);
+    EXPECT_EQ(inner.lines()[0].text, "INF::still inner");
+    EXPECT_TRUE(sink.lines().empty());
+}
+
+TEST(LoggerCapture, ALowerMaximumDropsTheLinesAboveItWithoutFormattingThem) {
+    LogCapture sink;
+    Logger::Capture capture(Logger::logError);
+    // A text that cannot be read: formatting it would crash the test.
+    const char* unreadable = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(8));
+    Logger::log(Logger::logInfo, "INF::%s", unreadable);
+    Logger::log(Logger::logVerbose, "VBS::%s", unreadable);
+    Logger::log(Logger::logError, "ERR::kept %d", 3);
+    ASSERT_EQ(capture.lines().size(), 1u);
+    EXPECT_EQ(capture.lines()[0], (Logger::Capture::Line{Logger::logError, "ERR::kept 3"}));
+    EXPECT_TRUE(sink.lines().empty());  // dropped, not handed on
+}
+
+TEST(LoggerCapture, TakeHandsOverTheLinesAndGoesOnFromNone) {
+    Logger::Capture capture;
+    Logger::log(Logger::logInfo, "INF::first");
+    const std::vector<Logger::Capture::Line> taken = capture.take();
+    ASSERT_EQ(taken.size(), 1u);
+    EXPECT_EQ(taken[0].text, "INF::first");
+    EXPECT_TRUE(capture.lines().empty());
+    Logger::log(Logger::logDebug, "DBG::second");
+    ASSERT_EQ(capture.lines().size(), 1u);
+    EXPECT_EQ(capture.lines()[0], (Logger::Capture::Line{Logger::logDebug, "DBG::second"}));
+}
+
+TEST(LoggerCapture, LinesOfOtherThreadsStillReachTheSink) {
+    LogCapture sink;
+    Logger::setThreshold(Logger::logInfo);
+    Logger::Capture capture;
+    std::thread other([]() {
+        Logger::log(Logger::logInfo, "INF::other %d", 1);
+        Logger::log(Logger::logVerbose, "VBS::other dropped");
+    });
+    other.join();
+    Logger::log(Logger::logInfo, "INF::mine");
+    ASSERT_EQ(sink.lines().size(), 1u);
+    EXPECT_EQ(sink.lines()[0], logLine(Logger::logInfo, "INF::other 1"));
+    ASSERT_EQ(capture.lines().size(), 1u);
+    EXPECT_EQ(capture.lines()[0].text, "INF::mine");
 }

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -125,6 +126,78 @@ TEST(ThreadSafety, LinesOfOneThreadKeepTheirOrder) {
         EXPECT_EQ(n, next[static_cast<size_t>(index)]++) << "thread " << index;
     }
     EXPECT_EQ(next, std::vector<int>(kThreads, kLinesPerThread));
+}
+
+// The line that capturing thread `index` logs as its n-th: every third one verbose, which the
+// process's threshold of logInfo would drop.
+Logger::Capture::Line capturedLine(int index, int n) {
+    const bool verbose = n % 3 == 0;
+    return {verbose ? Logger::logVerbose : Logger::logInfo,
+            std::string(verbose ? "VBS" : "INF") + "::capture " + std::to_string(index) + " line " +
+                std::to_string(n)};
+}
+
+// Each capturing thread logs these lines of its own inside a capture nested in the first.
+constexpr int kFirstNested = kLinesPerThread / 3;
+constexpr int kAfterNested = 2 * kLinesPerThread / 3;
+
+TEST(ThreadSafety, EightThreadsCaptureTheirOwnLinesWhileAnotherReachesTheSink) {
+    LogCapture log;
+    Logger::setThreshold(Logger::logInfo);
+    std::atomic<int> finished{0};
+    int freeLines = 0;
+    // Logs to the process's sink from before the first capture starts until the last one ends.
+    std::thread other([&] {
+        while (finished.load() < kThreads || freeLines < kLinesPerThread) {
+            Logger::log(Logger::logInfo, "INF::free line %d", freeLines);
+            Logger::log(Logger::logVerbose, "VBS::free line %d dropped", freeLines);
+            ++freeLines;
+        }
+    });
+
+    struct Taken {
+        std::vector<Logger::Capture::Line> outer;
+        std::vector<Logger::Capture::Line> inner;
+    };
+    std::vector<Taken> taken(kThreads);
+    runTogether([&](int index) {
+        Taken& mine = taken[static_cast<size_t>(index)];
+        {
+            Logger::Capture outer;
+            std::optional<Logger::Capture> inner;
+            for (int n = 0; n < kLinesPerThread; ++n) {
+                if (n == kFirstNested) {
+                    inner.emplace();
+                } else if (n == kAfterNested) {
+                    mine.inner = inner->take();
+                    inner.reset();
+                }
+                const Logger::Capture::Line line = capturedLine(index, n);
+                Logger::log(line.level, "%s", line.text.c_str());
+            }
+            mine.outer = outer.take();
+        }
+        finished.fetch_add(1);
+    });
+    other.join();
+
+    for (int index = 0; index < kThreads; ++index) {
+        std::vector<Logger::Capture::Line> outer;
+        std::vector<Logger::Capture::Line> inner;
+        for (int n = 0; n < kLinesPerThread; ++n) {
+            const bool nested = n >= kFirstNested && n < kAfterNested;
+            (nested ? inner : outer).push_back(capturedLine(index, n));
+        }
+        EXPECT_EQ(taken[static_cast<size_t>(index)].outer, outer) << "thread " << index;
+        EXPECT_EQ(taken[static_cast<size_t>(index)].inner, inner) << "thread " << index;
+    }
+    std::vector<LogCapture::Line> expected;
+    for (int n = 0; n < freeLines; ++n) {
+        expected.emplace_back(Logger::logInfo, "INF::free line " + std::to_string(n));
+    }
+    EXPECT_GE(freeLines, kLinesPerThread);
+    EXPECT_EQ(log.lines(), expected);
+    EXPECT_EQ(Logger::getThreshold(), Logger::logInfo);
 }
 
 TEST(ThreadSafety, ThresholdChangesWhileEightThreadsLog) {

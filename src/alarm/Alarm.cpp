@@ -7,7 +7,7 @@
 namespace {
 
 // Indexed by the severity number.
-constexpr zelct::Named<AlarmSeverity::AlarmSeverity_en> kSeverities[] = {
+constexpr zelcommon::Named<AlarmSeverity::AlarmSeverity_en> kSeverities[] = {
     {AlarmSeverity::SEVERITY_OK, "ok"},
     {AlarmSeverity::SEVERITY_WARNING, "warning"},
     {AlarmSeverity::SEVERITY_ERROR, "error"},
@@ -128,13 +128,13 @@ struct AlarmKey {
 }  // namespace
 
 void AlarmSeverity::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<SeverityKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<SeverityKey>());
     out[SeverityKey::severity] = Json::Value(nameOf(severity));
 }
 
 // "ok" and every unknown text fall through to ok.
 void AlarmSeverity::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<SeverityKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<SeverityKey>());
     const std::string text = in.text(SeverityKey::severity, "");
     severity = SEVERITY_OK;
     for (const auto& row : kSeverities) {
@@ -197,7 +197,7 @@ const char* Alarm::typeName(AlarmType value) {
 }
 
 void Alarm::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<AlarmKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<AlarmKey>());
     severity.Serialize(root);
     out[AlarmKey::description] = Json::Value(description);
     out[AlarmKey::type] = Json::Value(static_cast<int>(type));
@@ -205,7 +205,7 @@ void Alarm::Serialize(Json::Value& root) const {
 
 void Alarm::Deserialize(Json::Value& root) {
     severity.Deserialize(root);
-    zelct::Reader in(root, zelct::shapeOf<AlarmKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<AlarmKey>());
     description = in.text(AlarmKey::description, "");
     type = static_cast<AlarmType>(in.integer(AlarmKey::type, 0));
 }

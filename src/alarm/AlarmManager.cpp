@@ -90,7 +90,7 @@ void AlarmManager::Serialize(Json::Value& root) const {
 // The first element of a kind wins, over later elements and over an entry already held.
 // Reading an element never touches the array, so the member found once stays the one read.
 void AlarmManager::Deserialize(Json::Value& root) {
-    zelct::readEach(root[kAlarms], Alarm(), [this](Alarm&& alarm) {
+    zelcommon::readEach(root[kAlarms], Alarm(), [this](Alarm&& alarm) {
         const Alarm::AlarmType type = alarm.getType();
         alarms.try_emplace(type, std::move(alarm));
     });

@@ -38,7 +38,7 @@ struct Key {
 }  // namespace
 
 void ChannelId::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::id] = Json::Value(id);
     out[Key::type] = Json::Value(type.getName());
     out[Key::position] = Json::Value(static_cast<int>(position));
@@ -51,7 +51,7 @@ void ChannelId::Deserialize(Json::Value& root) {
         position = static_cast<unsigned char>(kNoPosition);
         return;
     }
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     id = in.integer(Key::id, -1);
     type.setNameAndResolve(in.text(Key::type, "auto"));
     position = static_cast<unsigned char>(in.uinteger(Key::position, kNoPosition));

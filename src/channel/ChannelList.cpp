@@ -109,11 +109,11 @@ void ChannelList::dump(std::string label) {
 }
 
 void ChannelList::Serialize(Json::Value& root) const {
-    zelct::writeElements(entries, root);
+    zelcommon::writeElements(entries, root);
 }
 
 void ChannelList::Deserialize(Json::Value& root) {
-    zelct::readEach(root, ChannelId(0), [this](ChannelId&& channel) {
+    zelcommon::readEach(root, ChannelId(0), [this](ChannelId&& channel) {
         if (channel.getPosition() == kNoPosition) {
             channel.setPosition(static_cast<unsigned char>(entries.size()));
         }

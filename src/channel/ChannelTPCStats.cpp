@@ -13,14 +13,14 @@ struct Key {
 }  // namespace
 
 void ChannelTPCStats::Serialize(Json::Value& root) {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::channelId] = Json::Value(static_cast<int>(channelId));
     out[Key::errorDetected] = Json::Value(errorDetected);
     out[Key::errorCnt] = Json::Value(static_cast<Json::UInt64>(errorCount));
 }
 
 void ChannelTPCStats::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     channelId = in.uinteger(Key::channelId, 0);
     errorDetected = in.flag(Key::errorDetected, false);
     errorCount = in.uinteger64(Key::errorCnt, 0);

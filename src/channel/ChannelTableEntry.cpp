@@ -28,7 +28,7 @@ struct Key {
 }  // namespace
 
 void ChannelTableEntry::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::id] = Json::Value(id);
     out[Key::nameInput] = Json::Value(nameInput.c_str());
     out[Key::name] = Json::Value(nameOutput.c_str());
@@ -41,7 +41,7 @@ void ChannelTableEntry::Serialize(Json::Value& root) const {
 }
 
 void ChannelTableEntry::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     id = in.integer(Key::id, -1);
     nameInput = in.text(Key::nameInput, "");
     nameOutput = in.text(Key::nameOutput, "");
@@ -55,7 +55,7 @@ void ChannelTableEntry::Deserialize(Json::Value& root) {
 namespace {
 
 // Text of each usage code.
-constexpr zelct::Named<ChannelInfo::ChannelUsage_en> kUsageTexts[] = {
+constexpr zelcommon::Named<ChannelInfo::ChannelUsage_en> kUsageTexts[] = {
     {ChannelInfo::CHANNEL_USAGE_FREE, "free"},
     {ChannelInfo::CHANNEL_USAGE_USED, "used"},
     {ChannelInfo::CHANNEL_USAGE_BLOCKED, "blocked"},

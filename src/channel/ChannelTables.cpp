@@ -11,18 +11,18 @@ constexpr char kChannels[] = "channels";
 void ChannelTable::Serialize(Json::Value& root) const {
     type.Serialize(root);
     // A table without rows writes no "channels" member; readers take its absence as no rows.
-    zelct::writeListMember(entries, root, kChannels);
+    zelcommon::writeListMember(entries, root, kChannels);
 }
 
 void ChannelTable::Deserialize(Json::Value& root) {
     type.Deserialize(root);
-    zelct::appendList(root[kChannels], entries);
+    zelcommon::appendList(root[kChannels], entries);
 }
 
 void ChannelTables::Serialize(Json::Value& root) const {
-    zelct::writeElements(tables, root);
+    zelcommon::writeElements(tables, root);
 }
 
 void ChannelTables::Deserialize(Json::Value& root) {
-    zelct::appendList(root, tables);
+    zelcommon::appendList(root, tables);
 }

@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-namespace zelct {
+namespace zelcommon {
 
 inline const Json::Value* findMember(const Json::Value& root, const char* key) {
     return root.find(key, key + std::strlen(key));
@@ -352,4 +352,4 @@ void replaceList(Json::Value& array, List& list) {
     appendList(array, list);
 }
 
-}  // namespace zelct
+}  // namespace zelcommon

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -75,6 +76,9 @@ LoggerState& state() {
     return instance;
 }
 
+// The capture that takes this thread's lines now, if any; the ones around it hang off it.
+thread_local Logger::Capture* innermost = nullptr;
+
 std::string formatLine(const char* format, va_list args) __attribute__((format(printf, 1, 0)));
 
 std::string formatLine(const char* format, va_list args) {
@@ -100,6 +104,19 @@ std::string formatLine(const char* format, va_list args) {
 }  // namespace
 
 void Logger::log(logDebugLevel_t level, const char* format, ...) {
+    Capture* const capture = innermost;
+    if (capture != nullptr) {
+        if (static_cast<int>(level) > static_cast<int>(capture->max_)) {
+            return;
+        }
+        va_list args;
+        va_start(args, format);
+        std::string line = formatLine(format, args);
+        va_end(args);
+        capture->lines_.push_back({level, std::move(line)});
+        return;
+    }
+
     LoggerState& s = state();
     if (static_cast<int>(level) > s.threshold.load(std::memory_order_relaxed)) {
         return;
@@ -127,4 +144,29 @@ void Logger::setThreshold(logDebugLevel_t max) {
 
 Logger::logDebugLevel_t Logger::getThreshold() {
     return static_cast<logDebugLevel_t>(state().threshold.load(std::memory_order_relaxed));
+}
+
+Logger::Capture::Capture(logDebugLevel_t max) : max_(max), outer_(innermost) {
+    innermost = this;
+}
+
+// Captures end in the reverse order of their making, but one kept on the heap may end
+// while a capture made inside it still lives: then it only leaves the chain.
+Logger::Capture::~Capture() {
+    if (innermost == this) {
+        innermost = outer_;
+        return;
+    }
+    for (Capture* inner = innermost; inner != nullptr; inner = inner->outer_) {
+        if (inner->outer_ == this) {
+            inner->outer_ = outer_;
+            return;
+        }
+    }
+}
+
+std::vector<Logger::Capture::Line> Logger::Capture::take() {
+    std::vector<Line> taken;
+    taken.swap(lines_);
+    return taken;
 }

@@ -36,7 +36,7 @@ struct Key {
 }  // namespace
 
 void SfpInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::present] = Json::Value(present);
     out[Key::vendorName] = Json::Value(vendorName);
     out[Key::partNumber] = Json::Value(partNumber);
@@ -51,7 +51,7 @@ void SfpInfo::Serialize(Json::Value& root) const {
 }
 
 void SfpInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     present = in.flag(Key::present, false);
     vendorName = in.text(Key::vendorName, "");
     partNumber = in.text(Key::partNumber, "");

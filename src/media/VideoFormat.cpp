@@ -358,12 +358,12 @@ void VideoFormat::Serialize(Json::Value& root) const {
     if (format == VIDEO_FORMAT_UNDEFINED) {
         return;
     }
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::format] = Json::Value(toString());
 }
 
 void VideoFormat::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     const std::string text = in.text(Key::format, "");
     if (text.empty()) {
         setFormat(VIDEO_FORMAT_UNDEFINED);

@@ -41,7 +41,7 @@ struct RateKey {
 // Parses the dotted text under key into field (host byte order). A text that is not an
 // IPv4 address, a missing member included, leaves field as it was.
 template <std::size_t N>
-void readAddress(zelct::Reader<N>& in, std::size_t key, std::uint32_t& field) {
+void readAddress(zelcommon::Reader<N>& in, std::size_t key, std::uint32_t& field) {
     const std::string text = in.text(key, "");
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
@@ -53,13 +53,13 @@ void readAddress(zelct::Reader<N>& in, std::size_t key, std::uint32_t& field) {
 }
 
 void writeBandwidth(Json::Value& object, const EthBandwidthInfo::Bandwidth& bandwidth) {
-    zelct::Writer out(object, zelct::shapeOf<RateKey>());
+    zelcommon::Writer out(object, zelcommon::shapeOf<RateKey>());
     out[RateKey::rx] = Json::Value(Json::UInt64{bandwidth.rxBandwidthBps});
     out[RateKey::tx] = Json::Value(Json::UInt64{bandwidth.txBandwidthBps});
 }
 
 EthBandwidthInfo::Bandwidth readBandwidth(Json::Value& object) {
-    zelct::Reader in(object, zelct::shapeOf<RateKey>());
+    zelcommon::Reader in(object, zelcommon::shapeOf<RateKey>());
     EthBandwidthInfo::Bandwidth bandwidth{};
     bandwidth.rxBandwidthBps = in.uinteger64(RateKey::rx, 0);
     bandwidth.txBandwidthBps = in.uinteger64(RateKey::tx, 0);
@@ -76,7 +76,7 @@ std::uint32_t clampedCount(std::uint32_t count) {
 EthBasicInfo::EthBasicInfo() : ipv4(0), networkMask(0), linkup(false), ifid(0) {}
 
 void EthBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::ethName] = Json::Value(ethName);
     out[Key::mac] = Json::Value(mac);
     out[Key::linkup] = Json::Value(linkup);
@@ -87,7 +87,7 @@ void EthBasicInfo::Serialize(Json::Value& root) const {
 }
 
 void EthBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     ethName = in.text(Key::ethName, "");
     mac = in.text(Key::mac, "");
     linkup = in.flag(Key::linkup, false);
@@ -101,7 +101,7 @@ EthBandwidthInfo::EthBandwidthInfo() : cpuBandwidth(), linkBandwidth(), ethCount
 
 void EthBandwidthInfo::Serialize(Json::Value& root) const {
     const std::uint32_t count = clampedCount(ethCount);
-    zelct::Writer out(root, zelct::shapeOf<BandwidthKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<BandwidthKey>());
     out[BandwidthKey::ethCount] = Json::Value(Json::UInt{count});
     for (Json::ArrayIndex i = 0; i < count; ++i) {
         writeBandwidth(out[BandwidthKey::cpuBandwidth][i], cpuBandwidth[i]);
@@ -110,7 +110,7 @@ void EthBandwidthInfo::Serialize(Json::Value& root) const {
 }
 
 void EthBandwidthInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<BandwidthKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<BandwidthKey>());
     ethCount = clampedCount(in.uinteger(BandwidthKey::ethCount, 0));
     for (Json::ArrayIndex i = 0; i < ethCount; ++i) {
         cpuBandwidth[i] = readBandwidth(in.member(BandwidthKey::cpuBandwidth)[i]);

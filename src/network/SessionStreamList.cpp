@@ -30,7 +30,7 @@ struct Key {
 }  // namespace
 
 void SessionStreamBasics::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::stream] = Json::Value(static_cast<Json::UInt64>(stream));
     out[Key::streamHwId] = Json::Value(static_cast<Json::UInt>(streamHwId));
     out[Key::session] = Json::Value(static_cast<Json::UInt64>(session));
@@ -45,7 +45,7 @@ void SessionStreamBasics::Serialize(Json::Value& root) const {
 }
 
 void SessionStreamBasics::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     stream = in.uinteger64(Key::stream, 0);
     streamHwId = static_cast<uint32_t>(in.uinteger64(Key::streamHwId, 0));
     session = in.uinteger64(Key::session, 0);
@@ -58,9 +58,9 @@ void SessionStreamBasics::Deserialize(Json::Value& root) {
 }
 
 void SessionStreamList::Serialize(Json::Value& root) const {
-    zelct::writeElements(streams, root);
+    zelcommon::writeElements(streams, root);
 }
 
 void SessionStreamList::Deserialize(Json::Value& root) {
-    zelct::appendList(root, streams);
+    zelcommon::appendList(root, streams);
 }

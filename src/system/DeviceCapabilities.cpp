@@ -35,7 +35,7 @@ struct ProcessKey {
 
 Json::Value countsObject(int audio, int video, int ancillary) {
     Json::Value counts(Json::objectValue);
-    zelct::Writer out(counts, zelct::shapeOf<CountKey>());
+    zelcommon::Writer out(counts, zelcommon::shapeOf<CountKey>());
     out[CountKey::audio] = Json::Value(audio);
     out[CountKey::video] = Json::Value(video);
     out[CountKey::ancillary] = Json::Value(ancillary);
@@ -43,7 +43,7 @@ Json::Value countsObject(int audio, int video, int ancillary) {
 }
 
 void readCounts(Json::Value& counts, const StreamCounts& into) {
-    zelct::Reader in(counts, zelct::shapeOf<CountKey>());
+    zelcommon::Reader in(counts, zelcommon::shapeOf<CountKey>());
     into.audio = in.integer(CountKey::audio, 0);
     into.video = in.integer(CountKey::video, 0);
     into.ancillary = in.integer(CountKey::ancillary, 0);
@@ -63,23 +63,23 @@ DeviceCapabilities::DeviceCapabilities()
 // The wrapper is set whole: members an existing "deviceCapabilities" held go.
 void DeviceCapabilities::Serialize(Json::Value& root) const {
     Json::Value capabilities(Json::objectValue);
-    zelct::Writer out(capabilities, zelct::shapeOf<CapabilityKey>());
+    zelcommon::Writer out(capabilities, zelcommon::shapeOf<CapabilityKey>());
     out[CapabilityKey::numMediaIpInterfaces] = Json::Value(numMediaIpInterfaces);
     out[CapabilityKey::senders] = countsObject(sendersAudio, sendersVideo, sendersAncillary);
     out[CapabilityKey::receivers] =
         countsObject(receiversAudio, receiversVideo, receiversAncillary);
-    zelct::Writer parent(root, zelct::shapeOf<ParentKey>());
+    zelcommon::Writer parent(root, zelcommon::shapeOf<ParentKey>());
     parent[ParentKey::wrapper] = std::move(capabilities);
 }
 
 // An absent sender or receiver object keeps the counts a caller already holds, while an
 // absent interface number reads as 0; callers rely on both.
 void DeviceCapabilities::Deserialize(Json::Value& root) {
-    zelct::Reader parent(root, zelct::shapeOf<ParentKey>());
+    zelcommon::Reader parent(root, zelcommon::shapeOf<ParentKey>());
     if (!parent.has(ParentKey::wrapper)) {
         return;
     }
-    zelct::Reader in(parent.member(ParentKey::wrapper), zelct::shapeOf<CapabilityKey>());
+    zelcommon::Reader in(parent.member(ParentKey::wrapper), zelcommon::shapeOf<CapabilityKey>());
     numMediaIpInterfaces = in.integer(CapabilityKey::numMediaIpInterfaces, 0);
     if (in.has(CapabilityKey::senders)) {
         readCounts(in.member(CapabilityKey::senders),
@@ -95,13 +95,13 @@ void DeviceCapabilities::Deserialize(Json::Value& root) {
 ProcessBasicInfo::ProcessBasicInfo() : tpcPort(0) {}
 
 void ProcessBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<ProcessKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<ProcessKey>());
     out[ProcessKey::ethPort] = Json::Value(ethPort);
     out[ProcessKey::tpcPort] = Json::Value(Json::UInt{tpcPort});
 }
 
 void ProcessBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<ProcessKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<ProcessKey>());
     ethPort = in.text(ProcessKey::ethPort, "");
     tpcPort = in.uinteger(ProcessKey::tpcPort, 0);
 }

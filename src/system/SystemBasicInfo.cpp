@@ -43,7 +43,7 @@ SystemBasicInfo::SystemBasicInfo() : madiLock(false) {}
 
 // The member records are set whole; the lists are written element by element.
 void SystemBasicInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<Key>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<Key>());
     out[Key::fwVersion] = Json::Value(fwVersion);
     out[Key::fwDate] = Json::Value(fwDate);
     out[Key::product] = Json::Value(product);
@@ -52,16 +52,16 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
     out[Key::chipidVersion] = Json::Value(chipidVersion);
     out[Key::serialNumber] = Json::Value(serialNumber);
     out[Key::madiLock] = Json::Value(madiLock);
-    zelct::writeListMember(eth, out, Key::eth);
-    out[Key::rtsp] = zelct::written(rtsp);
-    out[Key::advertisement] = zelct::written(advertisement);
-    out[Key::temperature] = zelct::written(temperature);
-    out[Key::fanSpeed] = zelct::written(fanSpeed);
-    out[Key::cpuLoadavg] = zelct::written(cpuLoadavg);
+    zelcommon::writeListMember(eth, out, Key::eth);
+    out[Key::rtsp] = zelcommon::written(rtsp);
+    out[Key::advertisement] = zelcommon::written(advertisement);
+    out[Key::temperature] = zelcommon::written(temperature);
+    out[Key::fanSpeed] = zelcommon::written(fanSpeed);
+    out[Key::cpuLoadavg] = zelcommon::written(cpuLoadavg);
     if (product == kMainBoardProduct) {
-        out[Key::productInfo] = zelct::written(productInfo);
+        out[Key::productInfo] = zelcommon::written(productInfo);
     }
-    zelct::writeListMember(errors, out, Key::errors);
+    zelcommon::writeListMember(errors, out, Key::errors);
     deviceCapabilities.Serialize(root);
 }
 
@@ -69,7 +69,7 @@ void SystemBasicInfo::Serialize(Json::Value& root) const {
 // "NA", and "product-info" is read whatever the product, so a board other than "TARVIK"
 // always comes back with an unknown main-board record.
 void SystemBasicInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<Key>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<Key>());
     fwVersion = in.text(Key::fwVersion, "");
     fwDate = in.text(Key::fwDate, "");
     product = in.text(Key::product, "");
@@ -80,11 +80,11 @@ void SystemBasicInfo::Deserialize(Json::Value& root) {
     chipidVersion = in.text(Key::chipidVersion, "");
     serialNumber = in.text(Key::serialNumber, "NA");
     madiLock = in.flag(Key::madiLock, false);
-    zelct::replaceList(in.member(Key::eth), eth);
+    zelcommon::replaceList(in.member(Key::eth), eth);
     temperature.Deserialize(in.member(Key::temperature));
     fanSpeed.Deserialize(in.member(Key::fanSpeed));
     productInfo.Deserialize(in.member(Key::productInfo));
     cpuLoadavg.Deserialize(in.member(Key::cpuLoadavg));
-    zelct::replaceList(in.member(Key::errors), errors);
+    zelcommon::replaceList(in.member(Key::errors), errors);
     deviceCapabilities.Deserialize(root);
 }

@@ -60,7 +60,7 @@ void setAllUnknown(Record& record, const Member<Record, Field> (&fields)[N]) {
 // Row i of a table is key i of the record's shape.
 template <typename Record, typename Field, std::size_t N, std::size_t K>
 void writeFields(const Record& record, const Member<Record, Field> (&fields)[N],
-                 zelct::Writer<K>& out) {
+                 zelcommon::Writer<K>& out) {
     for (std::size_t i = 0; i < N; ++i) {
         out[i] = Json::Value(record.*fields[i].field);
     }
@@ -68,14 +68,15 @@ void writeFields(const Record& record, const Member<Record, Field> (&fields)[N],
 
 // The default is the integer -1, which the conversion widens for the load averages.
 template <typename Record, std::size_t N, std::size_t K>
-void readFields(Record& record, const Member<Record, int> (&fields)[N], zelct::Reader<K>& in) {
+void readFields(Record& record, const Member<Record, int> (&fields)[N], zelcommon::Reader<K>& in) {
     for (std::size_t i = 0; i < N; ++i) {
         record.*fields[i].field = in.integer(i, kUnknown);
     }
 }
 
 template <typename Record, std::size_t N, std::size_t K>
-void readFields(Record& record, const Member<Record, double> (&fields)[N], zelct::Reader<K>& in) {
+void readFields(Record& record, const Member<Record, double> (&fields)[N],
+                zelcommon::Reader<K>& in) {
     for (std::size_t i = 0; i < N; ++i) {
         record.*fields[i].field = in.real(i, kUnknown);
     }
@@ -94,17 +95,17 @@ struct FanKey {
 // The keys of the tables' records: row i is key i.
 struct DaughterBoardKey {
     enum : std::size_t { count = std::size(kDaughterBoardFields) };
-    static constexpr auto names = zelct::keysOfRows(kDaughterBoardFields);
+    static constexpr auto names = zelcommon::keysOfRows(kDaughterBoardFields);
 };
 
 struct TarvikKey {
     enum : std::size_t { daughterCard = std::size(kTarvikFields), count };
-    static constexpr auto names = zelct::keysOfRows(kTarvikFields, "daughter-card");
+    static constexpr auto names = zelcommon::keysOfRows(kTarvikFields, "daughter-card");
 };
 
 struct LoadAverageKey {
     enum : std::size_t { count = std::size(kLoadAverageFields) };
-    static constexpr auto names = zelct::keysOfRows(kLoadAverageFields);
+    static constexpr auto names = zelcommon::keysOfRows(kLoadAverageFields);
 };
 
 struct ErrorKey {
@@ -117,24 +118,24 @@ struct ErrorKey {
 SystemTemperature::SystemTemperature() : fpga(kUnknownTemperature) {}
 
 void SystemTemperature::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<TemperatureKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<TemperatureKey>());
     out[TemperatureKey::fpga] = Json::Value(fpga);
 }
 
 void SystemTemperature::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<TemperatureKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<TemperatureKey>());
     fpga = in.integer(TemperatureKey::fpga, kUnknownTemperature);
 }
 
 FanSpeed::FanSpeed() : main(kUnknown) {}
 
 void FanSpeed::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<FanKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<FanKey>());
     out[FanKey::main] = Json::Value(main);
 }
 
 void FanSpeed::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<FanKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<FanKey>());
     main = in.integer(FanKey::main, kUnknown);
 }
 
@@ -143,12 +144,12 @@ DaughterBoard::DaughterBoard() : IJsonSerializable() {
 }
 
 void DaughterBoard::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<DaughterBoardKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<DaughterBoardKey>());
     writeFields(*this, kDaughterBoardFields, out);
 }
 
 void DaughterBoard::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<DaughterBoardKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<DaughterBoardKey>());
     readFields(*this, kDaughterBoardFields, in);
 }
 
@@ -157,13 +158,13 @@ TarvikInfo::TarvikInfo() : IJsonSerializable() {
 }
 
 void TarvikInfo::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<TarvikKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<TarvikKey>());
     writeFields(*this, kTarvikFields, out);
-    out[TarvikKey::daughterCard] = zelct::written(daughterCard);
+    out[TarvikKey::daughterCard] = zelcommon::written(daughterCard);
 }
 
 void TarvikInfo::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<TarvikKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<TarvikKey>());
     readFields(*this, kTarvikFields, in);
     daughterCard.Deserialize(in.member(TarvikKey::daughterCard));
 }
@@ -173,25 +174,25 @@ CpuLoadAverage::CpuLoadAverage() : IJsonSerializable() {
 }
 
 void CpuLoadAverage::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<LoadAverageKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<LoadAverageKey>());
     writeFields(*this, kLoadAverageFields, out);
 }
 
 void CpuLoadAverage::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<LoadAverageKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<LoadAverageKey>());
     readFields(*this, kLoadAverageFields, in);
 }
 
 SystemError::SystemError() : code(kUnknown) {}
 
 void SystemError::Serialize(Json::Value& root) const {
-    zelct::Writer out(root, zelct::shapeOf<ErrorKey>());
+    zelcommon::Writer out(root, zelcommon::shapeOf<ErrorKey>());
     out[ErrorKey::code] = Json::Value(code);
     out[ErrorKey::description] = Json::Value(description);
 }
 
 void SystemError::Deserialize(Json::Value& root) {
-    zelct::Reader in(root, zelct::shapeOf<ErrorKey>());
+    zelcommon::Reader in(root, zelcommon::shapeOf<ErrorKey>());
     code = in.integer(ErrorKey::code, kUnknown);
     description = in.text(ErrorKey::description, "");
 }

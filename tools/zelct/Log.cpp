@@ -9,7 +9,6 @@ namespace zelct {
 namespace {
 
 Logger::logDebugLevel_t shownLevel = Logger::logError;
-LogRecorder* current = nullptr;
 std::string (*lineFilter)(const std::string&) = nullptr;
 
 // FileMgr quotes the whole text of a file it cannot parse; for a large file that would be
@@ -33,20 +32,12 @@ void writeLine(Logger::logDebugLevel_t level, const std::string& text) {
     }
 }
 
-void record(Logger::logDebugLevel_t level, const std::string& text) {
-    if (current != nullptr) {
-        current->add({level, text});
-    } else {
-        writeLine(level, text);
-    }
-}
-
 }  // namespace
 
 void routeLibraryLog(Logger::logDebugLevel_t shown) {
     shownLevel = shown;
-    Logger::setThreshold(Logger::logVerbose);
-    Logger::setSink(record);
+    Logger::setThreshold(shown);
+    Logger::setSink(writeLine);
 }
 
 Logger::logDebugLevel_t shownLogLevel() {
@@ -61,14 +52,6 @@ void showLog(const std::vector<LogLine>& lines) {
 
 void setShownLineFilter(std::string (*filter)(const std::string& line)) {
     lineFilter = filter;
-}
-
-LogRecorder::LogRecorder() : outer_(current) {
-    current = this;
-}
-
-LogRecorder::~LogRecorder() {
-    current = outer_;
 }
 
 }  // namespace zelct

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Logger.h"
@@ -9,19 +8,11 @@
 namespace zelct {
 
 // One line that the library logged.
-struct LogLine {
-    Logger::logDebugLevel_t level;
-    std::string text;
+using LogLine = Logger::Capture::Line;
 
-    bool operator==(const LogLine& other) const {
-        return level == other.level && text == other.text;
-    }
-    bool operator!=(const LogLine& other) const { return !(*this == other); }
-};
-
-// Takes over the library's logger for the tool's lifetime: every line is formatted (the
-// library's threshold is opened fully) and then either recorded by the innermost live
-// LogRecorder or written to standard error when its level is at most `shown`.
+// Installs the tool's sink for the process: the library's lines that no LogRecorder takes are
+// written to standard error when their level is at most `shown` (the library's threshold is
+// set there, so the others are not even formatted).
 void routeLibraryLog(Logger::logDebugLevel_t shown);
 
 // The most detailed level written to standard error.
@@ -34,23 +25,20 @@ void showLog(const std::vector<LogLine>& lines);
 // reader obeys some lines (GitHub's runner); nullptr shows them as they are.
 void setShownLineFilter(std::string (*filter)(const std::string& line));
 
-// While alive, the library's log lines are recorded here instead of being shown. The tool
-// reads a document many times when it probes what the library reads; only the first reading
-// is allowed to speak.
+// While alive, the library's log lines of this thread are recorded here, at every level,
+// instead of being shown; the innermost recorder takes them. The tool reads a document many
+// times when it probes what the library reads; only the first reading is allowed to speak.
 class LogRecorder {
 public:
-    LogRecorder();
-    ~LogRecorder();
+    LogRecorder() = default;
     LogRecorder(const LogRecorder&) = delete;
     LogRecorder& operator=(const LogRecorder&) = delete;
 
-    void add(LogLine line) { lines_.push_back(std::move(line)); }
-    const std::vector<LogLine>& lines() const { return lines_; }
-    std::vector<LogLine> take() { return std::move(lines_); }
+    const std::vector<LogLine>& lines() const { return capture_.lines(); }
+    std::vector<LogLine> take() { return capture_.take(); }
 
 private:
-    LogRecorder* outer_;
-    std::vector<LogLine> lines_;
+    Logger::Capture capture_;
 };
 
 }  // namespace zelct
