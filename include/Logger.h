@@ -12,14 +12,14 @@ class ZELCT_API Logger {
 public:
     /// Level of a line, most urgent first; a higher number is a more detailed line.
     enum logDebugLevel_t {
-        logEmergency = 0,  ///< The device is unusable.
+        logEmergency = 0,  ///< The system is unusable.
         logAlert = 1,      ///< Action must be taken at once.
-        logError = 2,      ///< An operation failed.
-        logWarning = 3,    ///< Something odd that the operation went on from.
-        logNotice = 4,     ///< Normal but significant.
+        logError = 2,      ///< Error conditions.
+        logWarning = 3,    ///< Warning conditions.
+        logNotice = 4,     ///< Normal but significant conditions.
         logInfo = 5,       ///< Informational; the default threshold.
-        logDebug = 6,      ///< Details for debugging.
-        logVerbose = 7     ///< Every step.
+        logDebug = 6,      ///< Debugging detail.
+        logVerbose = 7     ///< The most detailed lines.
     };
     /// Receives every line that passes the threshold, fully formatted, prefix included.
     using Sink = std::function<void(logDebugLevel_t level, const std::string& line)>;

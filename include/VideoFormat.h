@@ -83,7 +83,7 @@ public:
     /// Number 0, field rate 0, width and height 0, progressive.
     VideoFormat();
     /// Stores the number as setFormat does.
-    VideoFormat(video_format_t number);  ///< NOLINT: a number converts to its format
+    VideoFormat(video_format_t number);  // NOLINT: a number converts to its format
     /// Copies the number and the details as they are.
     VideoFormat(const VideoFormat& other) = default;
 
