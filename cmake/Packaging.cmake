@@ -1,8 +1,8 @@
 # Debian packages: libzelcommontypes1 (library), libzelcommontypes-dev (headers, CMake and
-# pkg-config files) and zelct (the tool), each with its copyright file and changelog, the
-# binaries stripped and their debug symbols in -dbgsym packages found by build-id, and the
-# dependencies on shared libraries computed by dpkg-shlibdeps. The board's flash holds the
-# stripped packages alone.
+# pkg-config files, the API reference of cmake/Docs.cmake) and zelct (the tool), each with its
+# copyright file and changelog, the binaries stripped and their debug symbols in -dbgsym
+# packages found by build-id, and the dependencies on shared libraries computed by
+# dpkg-shlibdeps. The board's flash holds the stripped packages alone.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zelcommontypes)
 set(CPACK_PACKAGE_VENDOR "Zel")

@@ -27,8 +27,9 @@ BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libg
                clang-format libcli11-dev python3 python3-jsonschema help2man)
 
 # What checking the Debian packages, the ABI and the manual pages adds: Debian's package
-# checker, dpkg-shlibdeps, libabigail's abidw and abidiff, and man with groff to render pages.
-PACKAGING_PACKAGES=(lintian dpkg-dev abigail-tools man-db groff-base)
+# checker, dpkg-shlibdeps, libabigail's abidw and abidiff, man with groff to render pages, and
+# Doxygen for the API reference the -dev package carries (presets ci and armhf, target docs).
+PACKAGING_PACKAGES=(lintian dpkg-dev abigail-tools man-db groff-base doxygen)
 
 # What the robustness stages add: valgrind's memcheck, clang with libFuzzer and the sanitizer
 # runtimes for the fuzz targets.

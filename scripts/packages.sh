@@ -43,6 +43,8 @@ finish_package() {
 }
 
 rm -f "$build"/*.deb "$build"/*.ddeb
+# The API reference is not part of the default build; the -dev package carries it.
+cmake --build "$build" --target docs
 (cd "$build" && cpack -G DEB >/dev/null)
 for deb in "$build"/*.deb "$build"/*.ddeb; do
     finish_package "$deb"
@@ -97,8 +99,11 @@ expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfig.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfigVersion.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
-    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" $(doc libzelcommontypes-dev)
-refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin"
+    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" $(doc libzelcommontypes-dev) \
+    usr/share/doc/libzelcommontypes-dev/html/index.html \
+    usr/share/doc/libzelcommontypes-dev/html/classFileMgr.html \
+    usr/share/doc-base/libzelcommontypes-dev.libzelcommontypes-dev-api
+refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin" "\.js$"
 # The tool's manual pages: zelct(1) and one a command.
 man_pages=("usr/share/man/man1/zelct.1.gz")
 for command in kinds check normalize template schema video ptime alarms; do

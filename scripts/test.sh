@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds with warnings as errors and runs every test (as root, the
-# suites whose branches depend on the user once more as nobody); checks the installed
-# package, the Debian packages (lintian), the consumer projects and the library's ABI against
-# its baseline (abidiff); cross-builds for the
-# board (armhf) and runs every test under qemu-arm; runs every GoogleTest suite under valgrind's
-# memcheck, builds with ThreadSanitizer and runs every test there, runs every fuzz target for a
-# bounded time; finally builds with AddressSanitizer and UndefinedBehaviorSanitizer and runs
-# every test again. Exits non-zero on any failure.
+# suites whose branches depend on the user once more as nobody); builds the API reference
+# (Doxygen, any warning an error) and checks the installed package, the Debian packages
+# (lintian), the consumer projects and the library's ABI against its baseline (abidiff);
+# cross-builds for the board (armhf) and runs every test under qemu-arm; runs every GoogleTest
+# suite under valgrind's memcheck, builds with ThreadSanitizer and runs every test there, runs
+# every fuzz target for a bounded time; finally builds with AddressSanitizer and
+# UndefinedBehaviorSanitizer and runs every test again. Exits non-zero on any failure.
 #
 # Usage: scripts/test.sh [STAGE...]   runs the stages named, in the order below, or all of them.
 # Stages: format native install armhf memcheck tsan fuzz asan. Missing packages are installed
@@ -92,7 +92,10 @@ if wanted native; then
 fi
 
 if wanted install; then
-    stage "native: install, Debian packages (lintian), consumer projects, ABI (abidiff)"
+    stage "native: API reference, install, Debian packages (lintian), consumer projects, ABI (abidiff)"
+    # The reference of the public headers, which the -dev package carries: fails on any
+    # undocumented class, function or field and on any other Doxygen warning.
+    cmake --build --preset ci --target docs
     stage_root=build/ci/stage
     rm -rf "$stage_root"
     cmake --install build/ci --prefix "$stage_root/usr" >/dev/null
