@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <sstream>
 #include <string>
@@ -988,4 +989,66 @@ TEST(ZelctHiddenState, ATablesKindIsNoHiddenState) {
     EXPECT_EQ(outcome.findings[0].type, Finding::Type::Dropped);
     EXPECT_EQ(pointerText(outcome.findings[0].path), "/type");
     EXPECT_EQ(outcome.understood["type"], DaifType::DAIF_AUTO);
+}
+
+// ---- many checks at once, beside a daemon's own logging ----
+
+// Eight threads check eight documents at once, each logging its own address error, while
+// another thread of the "daemon" logs through the sink it installed: every outcome holds
+// exactly the lines of its own reading, and the sink exactly the daemon's.
+TEST(ZelctThreads, EightChecksAtOnceKeepTheirOwnLogLinesAndLeaveTheSinkAlone) {
+    TempDir dir;
+    constexpr int kThreads = 8;
+    std::vector<std::string> paths;
+    for (int i = 0; i < kThreads; ++i) {
+        paths.push_back(dir.file("eth" + std::to_string(i) + ".json"));
+        writeFile(paths.back(), "{\"ipv4\": \"10.0.0." + std::to_string(300 + i) + "\"}");
+    }
+    std::mutex mutex;
+    std::vector<std::string> sunk;
+    Logger::setThreshold(Logger::logInfo);
+    Logger::setSink([&](Logger::logDebugLevel_t, const std::string& line) {
+        std::lock_guard<std::mutex> lock(mutex);
+        sunk.push_back(line);
+    });
+    std::atomic<bool> done{false};
+    int daemonLines = 0;
+    std::thread daemon([&] {
+        while (!done.load()) {
+            Logger::log(Logger::logInfo, "INF::daemon line %d", daemonLines++);
+        }
+    });
+    std::vector<Outcome> outcomes(kThreads);
+    std::vector<std::thread> checkers;
+    for (int i = 0; i < kThreads; ++i) {
+        checkers.emplace_back([&, i] {
+            for (int round = 0; round < 5; ++round) {
+                outcomes[i] = checkFile(*findKind("eth"), paths[i], true);
+            }
+        });
+    }
+    for (std::thread& checker : checkers) {
+        checker.join();
+    }
+    done = true;
+    daemon.join();
+    Logger::setSink(nullptr);
+    for (int i = 0; i < kThreads; ++i) {
+        std::vector<std::string> lines;
+        for (const LogLine& line : outcomes[i].log) {
+            lines.push_back(line.text);
+        }
+        // The load's own line, then the reading's: the address given, and the mask absent.
+        EXPECT_EQ(lines,
+                  (std::vector<std::string>{"VBS::path '" + paths[i] + "' size loaded '22'",
+                                            "ERR::Error parsing IP '10.0.0." +
+                                                std::to_string(300 + i) + "': invalid IP address",
+                                            "ERR::Error parsing IP '': invalid IP address"}))
+            << i;
+        EXPECT_EQ(outcomes[i].status, Outcome::Status::Findings) << i;
+    }
+    ASSERT_EQ(sunk.size(), static_cast<size_t>(daemonLines));
+    for (int n = 0; n < daemonLines; ++n) {
+        EXPECT_EQ(sunk[static_cast<size_t>(n)], "INF::daemon line " + std::to_string(n));
+    }
 }
