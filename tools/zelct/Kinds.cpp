@@ -1,6 +1,7 @@
 #include "Kinds.h"
 
 #include <algorithm>
+#include <map>
 
 #include "zelCommonTypes.h"
 
@@ -176,13 +177,30 @@ void followPattern(const std::vector<std::string>& steps, size_t step, const Kin
     }
 }
 
+// The nestings of each kind with their patterns split, worked out once: a document may hold
+// thousands of records.
+struct SplitNesting {
+    std::vector<std::string> steps;
+    const Kind* child;
+};
+const std::vector<SplitNesting>& nestingsOf(const Kind& kind) {
+    static const std::map<std::string, std::vector<SplitNesting>> byKind = [] {
+        std::map<std::string, std::vector<SplitNesting>> split;
+        for (const Nesting& row : nestings()) {
+            split[row.kind].push_back({patternSteps(row.pattern), findKind(row.child)});
+        }
+        return split;
+    }();
+    static const std::vector<SplitNesting> none;
+    const auto found = byKind.find(kind.name);
+    return found != byKind.end() ? found->second : none;
+}
+
 void visitRecords(const Kind& kind, const Json::Value& node, JsonPath& path,
                   const RecordVisit& visit) {
     visit(kind, node, path);
-    for (const Nesting& row : nestings()) {
-        if (std::string(kind.name) == row.kind) {
-            followPattern(patternSteps(row.pattern), 0, *findKind(row.child), node, path, visit);
-        }
+    for (const SplitNesting& row : nestingsOf(kind)) {
+        followPattern(row.steps, 0, *row.child, node, path, visit);
     }
 }
 
