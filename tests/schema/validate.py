@@ -201,10 +201,11 @@ def check_traps(tool, source):
 
 
 # Kind names in the cases and the other spellings a board's documents carry, and texts that
-# are no kind at all. Which of them the library writes back otherwise is asked of the library.
+# are no kind at all. Which of them the library writes back otherwise, or keeps behind an
+# unchanged text, is asked of the library.
 SPELLINGS = ["tdm", "TDM", "Tdm", "tDm", "i32s", "I32S", "I32s", "madi", "MADI", "Madi", "mAdI",
              "aes10", "AES10", "Aes10", "aes3", "AES3", "sdi-video", "SDI-VIDEO", "Sdi-Video",
-             "hdmi-audio", "HDMI-Audio", "auto", "AUTO", "i2s", "I2S", "madi ", "aes", "", "dante"]
+             "hdmi-audio", "HDMI-Audio", "auto", "AUTO", "i2s", "I2S", "madi ", "MADI ", "sdi", "aes", "", "dante"]
 
 
 def check_spellings(tool, source):
