@@ -205,7 +205,8 @@ def check_traps(tool, source):
 # unchanged text, is asked of the library.
 SPELLINGS = ["tdm", "TDM", "Tdm", "tDm", "i32s", "I32S", "I32s", "madi", "MADI", "Madi", "mAdI",
              "aes10", "AES10", "Aes10", "aes3", "AES3", "sdi-video", "SDI-VIDEO", "Sdi-Video",
-             "hdmi-audio", "HDMI-Audio", "auto", "AUTO", "i2s", "I2S", "madi ", "MADI ", "sdi", "aes", "", "dante"]
+             "hdmi-audio", "HDMI-Audio", "auto", "AUTO", "i2s", "I2S", "madi ", "MADI ", "sdi",
+             "aes", "", "dante"]
 
 
 def check_spellings(tool, source):
