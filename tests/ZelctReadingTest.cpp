@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -452,10 +451,45 @@ TEST_F(ZelctReadingTest, LogLinesOfTheLoadAreInTheOutcome) {
 
 // ---- numbers, byte-order marks, escaped NULs ----
 
-// JSON's number grammar, written out on its own for the tests.
+// JSON's number grammar, written out on its own for the tests as the automaton of its railroad
+// diagram: each state says what may come next, and the text must end in an accepting state.
 bool isJsonNumberText(const std::string& text) {
-    static const std::regex grammar("-?(0|[1-9][0-9]*)(\\.[0-9]+)?([eE][+-]?[0-9]+)?");
-    return std::regex_match(text, grammar);
+    enum State { Start, Minus, Zero, Integer, Point, Fraction, E, ESign, Exponent, Refused };
+    State state = Start;
+    for (char c : text) {
+        const bool digit = c >= '0' && c <= '9';
+        switch (state) {
+            case Start:
+                state = c == '-' ? Minus : c == '0' ? Zero : digit ? Integer : Refused;
+                break;
+            case Minus:
+                state = c == '0' ? Zero : digit ? Integer : Refused;
+                break;
+            case Zero:
+            case Integer:
+                state = c == '.'                    ? Point
+                        : c == 'e' || c == 'E'      ? E
+                        : digit && state == Integer ? Integer
+                                                    : Refused;
+                break;
+            case Point:
+            case Fraction:
+                state = digit                                         ? Fraction
+                        : state == Fraction && (c == 'e' || c == 'E') ? E
+                                                                      : Refused;
+                break;
+            case E:
+                state = c == '+' || c == '-' ? ESign : digit ? Exponent : Refused;
+                break;
+            case ESign:
+            case Exponent:
+                state = digit ? Exponent : Refused;
+                break;
+            case Refused:
+                return false;
+        }
+    }
+    return state == Zero || state == Integer || state == Fraction || state == Exponent;
 }
 
 // Every text of up to five characters from the number's alphabet that the device's parser
