@@ -22,39 +22,13 @@
 #include <string>
 #include <vector>
 
+#include "ChannelTableRow.h"
+
 namespace {
 
 constexpr int kRuns = 3;
 constexpr int kRowsPerTable = 100;
 constexpr double kTarget = 3.0;
-
-// One row of a channel table as a board writes it.
-Json::Value cleanRow(int id) {
-    Json::Value stream(Json::objectValue);
-    stream["session"] = 1001;
-    stream["stream"] = 1;
-    stream["stream-hw-id"] = 0;
-    stream["name"] = "Studio A";
-    stream["stream-name"] = "Studio A mix";
-    stream["remote-sid"] = Json::UInt64(1000 + id);
-    stream["remote-sid-str"] = std::to_string(1000 + id);
-    stream["redundant-type"] = "none";
-    stream["type"] = "audio";
-    stream["state"] = "Enabled";
-    Json::Value row(Json::objectValue);
-    row["id"] = id;
-    row["name-input"] = "MADI " + std::to_string(id);
-    row["name"] = "Channel " + std::to_string(id);
-    row["name-output"] = "Channel " + std::to_string(id);
-    row["blocked"] = false;
-    row["input"] = stream;
-    row["output"] = stream;
-    row["media-type"]["media-type"] = 0;
-    row["media-type"]["string"] = "audio";
-    row["capabilities"]["capability"] = 0;
-    row["capabilities"]["string"] = "inout";
-    return row;
-}
 
 // Five edits a hand-edited file typically holds, each read differently by the library.
 void addTrap(Json::Value& row, int which) {
@@ -82,7 +56,7 @@ enum class Variant { Clean, FiveTraps, TrapEveryRow, UnknownEveryRow };
 Json::Value channelTables(int rows, Variant variant) {
     Json::Value document(Json::arrayValue);
     for (int i = 0; i < rows; ++i) {
-        Json::Value row = cleanRow(i);
+        Json::Value row = channelTableRow(i);
         const bool spread = rows >= 5 && i % (rows / 5) == rows / 10;
         if (variant == Variant::TrapEveryRow) {
             addTrap(row, i);

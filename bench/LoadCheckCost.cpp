@@ -13,6 +13,7 @@
 #include <fstream>
 #include <string>
 
+#include "ChannelTableRow.h"
 #include "ChannelTables.h"
 #include "Check.h"
 #include "FileMgr.h"
@@ -21,35 +22,13 @@
 
 namespace {
 
-// One row as a board writes it, so that the clean document reads back exactly.
+// A row as a board writes it, or with an input state the library reads as Disabled.
 Json::Value row(int id, bool finding) {
-    Json::Value stream(Json::objectValue);
-    stream["session"] = 1001;
-    stream["stream"] = 1;
-    stream["stream-hw-id"] = 0;
-    stream["name"] = "Studio A";
-    stream["stream-name"] = "Studio A mix";
-    stream["remote-sid"] = Json::UInt64(1000 + id);
-    stream["remote-sid-str"] = std::to_string(1000 + id);
-    stream["redundant-type"] = "none";
-    stream["type"] = "audio";
-    stream["state"] = "Enabled";
-    Json::Value row(Json::objectValue);
-    row["id"] = id;
-    row["name-input"] = "MADI " + std::to_string(id);
-    row["name"] = "Channel " + std::to_string(id);
-    row["name-output"] = "Channel " + std::to_string(id);
-    row["blocked"] = false;
-    row["input"] = stream;
-    row["output"] = stream;
+    Json::Value written = channelTableRow(id);
     if (finding) {
-        row["input"]["state"] = "enabled";  // read as Disabled
+        written["input"]["state"] = "enabled";
     }
-    row["media-type"]["media-type"] = 0;
-    row["media-type"]["string"] = "audio";
-    row["capabilities"]["capability"] = 0;
-    row["capabilities"]["string"] = "inout";
-    return row;
+    return written;
 }
 
 // A file of the document, written once per size and variant and removed at exit.
