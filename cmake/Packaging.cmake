@@ -1,5 +1,6 @@
-# Debian packages: libzelcommontypes1 (library), libzelcommontypes-dev (headers, CMake and
-# pkg-config files, the API reference of cmake/Docs.cmake) and zelct (the tool), each with its
+# Debian packages: libzelcommontypes1 (library), libzelcommontypescheck1 (the check library,
+# which daemons that do not check never install), libzelcommontypes-dev (headers, CMake and
+# pkg-config files of both, the API reference of cmake/Docs.cmake) and zelct (the tool), each with its
 # copyright file and changelog, the binaries stripped and their debug symbols in -dbgsym
 # packages found by build-id, and the dependencies on shared libraries computed by
 # dpkg-shlibdeps. The board's flash holds the stripped packages alone.
@@ -11,7 +12,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev tool)
+set(CPACK_COMPONENTS_ALL runtime check dev tool)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
@@ -29,13 +30,17 @@ set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 
 set(_zelct_exact "(= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzelcommontypes1)
+set(CPACK_DEBIAN_CHECK_PACKAGE_NAME libzelcommontypescheck1)
+set(CPACK_DEBIAN_CHECK_PACKAGE_DEPENDS "libzelcommontypes1 ${_zelct_exact}")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzelcommontypes-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libzelcommontypes1 ${_zelct_exact}, libjsoncpp-dev (>= 1.9.5)")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
+    "libzelcommontypes1 ${_zelct_exact}, libzelcommontypescheck1 ${_zelct_exact}, libjsoncpp-dev (>= 1.9.5)")
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME zelct)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "libzelcommontypes1 ${_zelct_exact}")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Common data types of the media-over-IP device (library)")
+set(CPACK_COMPONENT_CHECK_DESCRIPTION "Common data types of the media-over-IP device (document check library)")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Common data types of the media-over-IP device (development files)")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION "zelct: checks and explains device JSON documents")
 
@@ -48,7 +53,7 @@ add_custom_command(OUTPUT ${_zelct_changelog}
     DEPENDS ${PROJECT_SOURCE_DIR}/packaging/changelog
     VERBATIM)
 add_custom_target(zelct_changelog ALL DEPENDS ${_zelct_changelog})
-foreach(_component runtime dev tool)
+foreach(_component runtime check dev tool)
     string(TOUPPER ${_component} _upper)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright ${_zelct_changelog}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${_upper}_PACKAGE_NAME}

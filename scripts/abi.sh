@@ -1,20 +1,23 @@
 #!/usr/bin/env bash
-# Keeps the library's binary interface: the public types and symbols of a built library,
-# described by libabigail's abidw, against the baseline committed in abi/.
+# Keeps the libraries' binary interfaces: the public types and symbols of each built library
+# (libzelCommonTypes, libzelCommonTypesCheck), described by libabigail's abidw, against its
+# baseline committed in abi/ (abi/NAME.abi).
 #
 #   scripts/abi.sh check BUILD      fails on an incompatible change unless the SONAME changed
 #                                   with it, and on a compatible one that the baseline does not
 #                                   hold yet (additions update the baseline on purpose)
-#   scripts/abi.sh update BUILD     writes the baseline anew from BUILD's library; refuses an
-#                                   incompatible change that keeps the SONAME
+#   scripts/abi.sh update BUILD [NAME]
+#                                   writes the baselines anew from BUILD's libraries (or NAME's
+#                                   alone); refuses an incompatible change that keeps the SONAME
 #   scripts/abi.sh selftest         builds a throwaway copy of the library with a member added
 #                                   to a public class and proves that check refuses it
 set -euo pipefail
 cd "$(dirname "$0")/.."
+libraries=(libzelCommonTypes libzelCommonTypesCheck)
 baseline=abi/libzelCommonTypes.abi
 
-library_of() {
-    local lib="$1/libzelCommonTypes.so.1.0.0"
+library_of() {  # build, library name
+    local lib="$1/${2:-libzelCommonTypes}.so.1.0.0"
     [ -f "$lib" ] || { echo "abi: no library at $lib" >&2; exit 2; }
     echo "$lib"
 }
@@ -108,9 +111,20 @@ selftest() {
     echo "abi: selftest: a member added to a public class is refused"
 }
 
+# Runs check or update on each library of a build, each against its own baseline.
+each_library() {  # check|update, build, [name]
+    local name status=0 names=("${libraries[@]}")
+    [ -n "${3:-}" ] && names=("$3")
+    for name in "${names[@]}"; do
+        baseline=abi/$name.abi
+        "$1" "$(library_of "$2" "$name")" || status=1
+    done
+    return $status
+}
+
 case "${1:-}" in
-    check) check "$(library_of "$2")" ;;
-    update) update "$(library_of "$2")" ;;
+    check) each_library check "$2" ;;
+    update) each_library update "$2" "${3:-}" ;;
     selftest) selftest ;;
     *) echo "usage: scripts/abi.sh check|update BUILD | selftest" >&2; exit 2 ;;
 esac

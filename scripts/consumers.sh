@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds and runs the two consumer projects against an installed tree only:
-# one with find_package(zelCommonTypes 1), one with pkg-config.
+# Builds and runs the consumer projects against an installed tree only:
+# one with find_package(zelCommonTypes 1), one with pkg-config, and the same two for the
+# check component (find_package COMPONENTS check, pkg-config zelCommonTypesCheck).
 #   scripts/consumers.sh ROOT [armhf]
 # ROOT is the folder that holds usr/ (a staging install or a dpkg --root).
 set -euo pipefail
@@ -37,4 +38,19 @@ flags=$(PKG_CONFIG_LIBDIR="$libdir/pkgconfig:/usr/lib/$arch/pkgconfig:/usr/share
 # shellcheck disable=SC2086
 $cxx -std=c++17 -o "$work/pkg-config-consumer" tests/consumer/main.cpp $flags
 "${run[@]}" "$work/pkg-config-consumer" "$work/pkg-config.json" >/dev/null
+echo "   ok"
+
+echo "-- check component with find_package COMPONENTS check ($target)"
+cmake -S tests/consumer/find-package-check -B "$work/find-package-check" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_BUILD_TYPE=Release "${cmake_extra[@]}" >/dev/null
+cmake --build "$work/find-package-check" >/dev/null
+"${run[@]}" "$work/find-package-check/consumer-check" "$work/find-package-check.json" >/dev/null
+echo "   ok"
+
+echo "-- check component with pkg-config ($target)"
+flags=$(PKG_CONFIG_LIBDIR="$libdir/pkgconfig:/usr/lib/$arch/pkgconfig:/usr/share/pkgconfig" \
+        pkg-config --cflags --libs zelCommonTypesCheck)
+# shellcheck disable=SC2086
+$cxx -std=c++17 -o "$work/pkg-config-check" tests/consumer/check.cpp $flags
+"${run[@]}" "$work/pkg-config-check" "$work/pkg-config-check.json" >/dev/null
 echo "   ok"

@@ -21,7 +21,7 @@ finish_package() {
     dpkg-deb -R "$deb" "$dir"
     name=$(dpkg-deb -f "$deb" Package)
     case "$name" in
-        libzelcommontypes1)
+        libzelcommontypes1 | libzelcommontypescheck1)
             rm -f "$dir/DEBIAN/postinst" "$dir/DEBIAN/postrm"
             install -m 0644 packaging/triggers "$dir/DEBIAN/triggers"
             ;;
@@ -93,17 +93,23 @@ doc() {  # package: its copyright file and changelog
 }
 expect libzelcommontypes1 "usr/lib/$arch/libzelCommonTypes.so.1" "usr/lib/$arch/libzelCommonTypes.so.1.0.0" \
     $(doc libzelcommontypes1)
-refuse libzelcommontypes1 "usr/include" "libzelCommonTypes.so$" "usr/bin"
+refuse libzelcommontypes1 "usr/include" "libzelCommonTypes.so$" "usr/bin" "libzelCommonTypesCheck"
+expect libzelcommontypescheck1 "usr/lib/$arch/libzelCommonTypesCheck.so.1" \
+    "usr/lib/$arch/libzelCommonTypesCheck.so.1.0.0" $(doc libzelcommontypescheck1)
+refuse libzelcommontypescheck1 "usr/include" "libzelCommonTypesCheck.so$" "usr/bin" "libzelCommonTypes.so"
 expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
     "usr/include/zelCommonTypes/zelCommonTypes.h" "usr/include/zelCommonTypes/FileMgr.h" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfig.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesConfigVersion.cmake" \
     "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesTargets.cmake" \
-    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" $(doc libzelcommontypes-dev) \
+    "usr/lib/$arch/pkgconfig/zelCommonTypes.pc" "${schemas[@]}" \
+    "usr/lib/$arch/libzelCommonTypesCheck.so" "usr/include/zelCommonTypes/DocumentCheck.h" \
+    "usr/lib/$arch/cmake/zelCommonTypes/zelCommonTypesCheckTargets.cmake" \
+    "usr/lib/$arch/pkgconfig/zelCommonTypesCheck.pc" $(doc libzelcommontypes-dev) \
     usr/share/doc/libzelcommontypes-dev/html/index.html \
     usr/share/doc/libzelcommontypes-dev/html/classFileMgr.html \
     usr/share/doc-base/libzelcommontypes-dev.libzelcommontypes-dev-api
-refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "usr/bin" "\.js$"
+refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "libzelCommonTypesCheck.so.1" "usr/bin" "\.js$"
 # The tool's manual pages: zelct(1) and one a command.
 man_pages=("usr/share/man/man1/zelct.1.gz")
 for command in kinds check normalize template schema video ptime alarms; do
@@ -111,7 +117,7 @@ for command in kinds check normalize template schema video ptime alarms; do
 done
 expect zelct "usr/bin/zelct" "${man_pages[@]}" $(doc zelct)
 # The debug symbols, by build-id, beside the stripped binaries.
-for name in libzelcommontypes1 zelct; do
+for name in libzelcommontypes1 libzelcommontypescheck1 zelct; do
     ddeb="$build/${name}-dbgsym_${version}_${debarch}.ddeb"
     grep -q '/usr/lib/debug/.build-id/.*\.debug$' <<<"$(dpkg-deb -c "$ddeb")" ||
         { echo "$ddeb holds no debug symbols"; exit 1; }
