@@ -54,3 +54,12 @@ flags=$(PKG_CONFIG_LIBDIR="$libdir/pkgconfig:/usr/lib/$arch/pkgconfig:/usr/share
 $cxx -std=c++17 -o "$work/pkg-config-check" tests/consumer/check.cpp $flags
 "${run[@]}" "$work/pkg-config-check" "$work/pkg-config-check.json" >/dev/null
 echo "   ok"
+
+# The daemon of examples/daemon: built as a daemon's own project would be, and run on the
+# example tables (exact; findings that are warnings) and on tables a policy refuses.
+echo "-- examples/daemon against the installed check component ($target)"
+cmake -S examples/daemon -B "$work/daemon" -G Ninja \
+    -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_BUILD_TYPE=Release "${cmake_extra[@]}" >/dev/null
+cmake --build "$work/daemon" >/dev/null
+scripts/daemon-example.sh "${run[@]}" "$work/daemon/zel-daemon-example"
+echo "   ok"

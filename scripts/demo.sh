@@ -22,9 +22,11 @@ show() {
     [ "$rc" -eq 0 ] || echo "(exit code $rc: findings)"
 }
 
+# A folder of documents is named after their kind; examples/daemon holds a program, no documents.
 for folder in examples/*/; do
-    kind=$(basename "$folder")
-    show check "$kind" "$folder"*.json
+    documents=("$folder"*.json)
+    [ -e "${documents[0]}" ] || continue
+    show check "$(basename "$folder")" "${documents[@]}"
 done
 show video 1080P59
 show ptime --freq 48000 --ptime-us 1000

@@ -13,7 +13,6 @@
 
 #include "ChannelTables.h"
 #include "DocumentCheck.h"
-#include "FileMgr.h"
 #include "Logger.h"
 
 namespace {
@@ -69,7 +68,7 @@ int main(int argc, char** argv) {
         return 2;
     }
 
-    const DocumentCheck::Report report = DocumentCheck::checkFile("channel-tables", path);
+    DocumentCheck::Report report = DocumentCheck::checkFile("channel-tables", path);
     if (report.status == DocumentCheck::Unusable) {
         Logger::log(Logger::logError, "ERR::%s:%d:%d: %s", path.c_str(), report.problemLine,
                     report.problemColumn, report.problem.c_str());
@@ -79,13 +78,9 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    // What the device runs on: the file loaded and read as always.
-    Json::Value document;
-    if (FileMgr().loadLocalCfg(path, document) != FileMgr::kOk) {
-        return 2;
-    }
+    // What the device runs on: what the library understood, which reads back as it was read.
     ChannelTables tables;
-    tables.Deserialize(document);
+    tables.Deserialize(report.understood);
     size_t channels = 0;
     for (const ChannelTable& table : tables.tables) {
         channels += table.entries.size();
