@@ -30,7 +30,7 @@
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "Log.h"
+#include "ShownLog.h"
 #include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"

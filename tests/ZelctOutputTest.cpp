@@ -23,7 +23,7 @@
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "Log.h"
+#include "ShownLog.h"
 #include "Printer.h"
 #include "SafeText.h"
 #include "TempDir.h"

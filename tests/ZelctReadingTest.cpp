@@ -11,7 +11,7 @@
 #include "FileUtil.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "Log.h"
+#include "ShownLog.h"
 #include "ReadingScan.h"
 #include "SfpInfo.h"
 #include "SourceText.h"

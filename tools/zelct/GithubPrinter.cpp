@@ -10,6 +10,7 @@
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
+#include "ShownLog.h"
 
 namespace zelct {
 

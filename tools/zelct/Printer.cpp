@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "SafeText.h"
+#include "ShownLog.h"
 
 namespace zelct {
 

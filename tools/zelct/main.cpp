@@ -20,7 +20,7 @@
 #include "Check.h"
 #include "Input.h"
 #include "Kinds.h"
-#include "Log.h"
+#include "ShownLog.h"
 #include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"

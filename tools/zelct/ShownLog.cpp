@@ -1,4 +1,4 @@
-#include "Log.h"
+#include "ShownLog.h"
 
 #include <cstdio>
 
