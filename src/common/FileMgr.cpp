@@ -14,65 +14,10 @@
 #include <ctime>
 #include <memory>
 
+#include "JsonLoad.h"
 #include "Logger.h"
 
 namespace {
-
-// Fixed parts of a failed load's check line, whatever this file's lines: log readers match them.
-constexpr struct {
-    const char* signature;
-    int line;
-} kLoadCheck = {"int FileMgr::loadLocalCfg(const string&, Json::Value&)", 55};
-
-// Opens the path for reading without ever waiting: a FIFO without a writer would block a
-// plain fopen until some other process opened it for writing.
-int openForReading(const std::string& path) {
-    return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-}
-
-// Checks what the open descriptor refers to before anything is allocated for it, and sizes
-// it: the one size that is read. Logs and returns -1 when the file cannot be loaded as a
-// whole.
-off_t loadableSize(const std::string& path, int fd, long long limit) {
-    struct stat info {};
-    if (::fstat(fd, &info) != 0) {
-        Logger::log(Logger::logError, "ERR::path '%s' error reading file size", path.c_str());
-        return -1;
-    }
-    if (!S_ISREG(info.st_mode)) {
-        // A directory opens fine and reports a size that means nothing; a FIFO or a device
-        // has no size at all, and reading one may never end.
-        Logger::log(Logger::logError, "ERR::path '%s' is not a regular file", path.c_str());
-        return -1;
-    }
-    if (info.st_size > limit) {
-        Logger::log(Logger::logError, "ERR::path '%s' is too large (%lld bytes, limit %lld)",
-                    path.c_str(), static_cast<long long>(info.st_size), limit);
-        return -1;
-    }
-    return info.st_size;
-}
-
-// Reads up to size bytes, going on after short reads and interruptions, and stops early at
-// the end of a file that shrank meanwhile. Returns the bytes read, or -1 when nothing was
-// read without reaching the end: a read error, or a request for no bytes at all (an empty
-// file), which is how a single fread of the whole file reports both.
-ssize_t readFully(int fd, char* data, size_t size) {
-    size_t done = 0;
-    bool ended = false;
-    while (done < size) {
-        const ssize_t got = ::read(fd, data + done, size - done);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            ended = got == 0;
-            break;
-        }
-        done += static_cast<size_t>(got);
-    }
-    return done == 0 && !ended ? -1 : static_cast<ssize_t>(done);
-}
 
 void logSaveFailure(const char* what, const std::string& path, int err) {
     Logger::log(Logger::logError, "ERR::Saving JSON to file '%s:' failed to %s errno='%d' ('%s')",
@@ -360,104 +305,6 @@ int openForReplacing(const std::string& path, int& err) {
     return fd;
 }
 
-// Counts the JSON values of a text the way the parser will meet them, without parsing: each
-// object and array, and each scalar or string that is not a member's name. Strings and
-// comments are stepped over, so their content counts for nothing. What is not JSON counts as
-// it comes; the parser refuses it later. One pass, no allocation.
-class ValueCounter {
-public:
-    long long count(const std::string& text) {
-        for (at_ = 0; at_ < text.size(); ++at_) {
-            step(text);
-        }
-        settleString(false);
-        return values_;
-    }
-
-private:
-    void step(const std::string& text) {
-        const char c = text[at_];
-        if (c == '/' && at_ + 1 < text.size() && (text[at_ + 1] == '/' || text[at_ + 1] == '*')) {
-            skipComment(text);
-            inScalar_ = false;
-            return;
-        }
-        if (c == ' ' || c == '\t' || c == '\n' || c == '\r') {
-            inScalar_ = false;
-            return;
-        }
-        settleString(c == ':');
-        if (c == '"') {
-            skipString(text);
-            stringPending_ = true;
-            inScalar_ = false;
-        } else if (c == '{' || c == '[') {
-            ++values_;
-            inScalar_ = false;
-        } else if (c == '}' || c == ']' || c == ',' || c == ':') {
-            inScalar_ = false;
-        } else if (!inScalar_) {
-            ++values_;
-            inScalar_ = true;
-        }
-    }
-
-    // A string just closed is a value unless a colon makes it a member's name.
-    void settleString(bool colonFollows) {
-        if (stringPending_ && !colonFollows) {
-            ++values_;
-        }
-        stringPending_ = false;
-    }
-
-    void skipString(const std::string& text) {
-        for (++at_; at_ < text.size() && text[at_] != '"'; ++at_) {
-            if (text[at_] == '\\') {
-                ++at_;
-            }
-        }
-    }
-
-    void skipComment(const std::string& text) {
-        const bool block = text[at_ + 1] == '*';
-        const std::string::size_type end = block ? text.find("*/", at_ + 2) : text.find('\n', at_);
-        at_ = end == std::string::npos ? text.size() : end + (block ? 1 : 0);
-    }
-
-    std::string::size_type at_ = 0;
-    long long values_ = 0;
-    bool inScalar_ = false;
-    bool stringPending_ = false;
-};
-
-// Refuses, before the parser builds anything, a text whose values would take more memory
-// than the limit allows for.
-bool fewEnoughValues(const std::string& path, const std::string& text, long long limit) {
-    const long long values = ValueCounter().count(text);
-    if (values <= limit) {
-        return true;
-    }
-    Logger::log(Logger::logError, "ERR::path '%s' holds too many values (%lld values, limit %lld)",
-                path.c_str(), values, limit);
-    return false;
-}
-
-// Parses with jsoncpp's default settings, where the text lies: Json::parseFromStream would copy
-// it into a stream and out again before handing it to the same reader, with the same result
-// and the same error text. jsoncpp throws instead of reporting for some documents (nested
-// 1,000 levels deep or more, its stack limit); that is a malformed file like
-// any other, and its message becomes the error text.
-bool parseText(const std::string& text, Json::Value& parsed, std::string& errors) {
-    Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    try {
-        return reader->parse(text.data(), text.data() + text.size(), &parsed, &errors);
-    } catch (const std::exception& thrown) {
-        errors = thrown.what();
-        return false;
-    }
-}
-
 }  // namespace
 
 int FileMgr::loadFileContent(const std::string& path, std::string& content) {
@@ -465,27 +312,13 @@ int FileMgr::loadFileContent(const std::string& path, std::string& content) {
 }
 
 int FileMgr::loadFileContent(const std::string& path, std::string& content, const Limits& limits) {
-    const int fd = openForReading(path);
-    if (fd < 0) {
-        Logger::log(Logger::logError, "ERR::path '%s' error opening file", path.c_str());
+    zelcommon::JsonLoad load;
+    if (zelcommon::readWholeFile(path, limits.maxFileSize, load) != kOk) {
         return kErrOpenRead;
     }
-    const off_t size = loadableSize(path, fd, limits.maxFileSize);
-    if (size < 0) {
-        ::close(fd);
-        return kErrOpenRead;
-    }
-
-    // Zero-filled, so whatever a failed or short read leaves out reads as the end of the text.
-    std::string buffer(static_cast<size_t>(size), '\0');
-    if (readFully(fd, &buffer[0], buffer.size()) < 0) {
-        Logger::log(Logger::logError, "ERR::fread failed");
-    }
-    ::close(fd);
-
     // The content ends at the first NUL byte of the file; the buffer is handed over, not copied.
-    buffer.resize(std::strlen(buffer.c_str()));
-    content.swap(buffer);
+    load.bytes.resize(load.textLength);
+    content.swap(load.bytes);
     Logger::log(Logger::logVerbose, "VBS::path '%s' size loaded '%d'", path.c_str(),
                 static_cast<int>(content.size()));
     return kOk;
@@ -496,28 +329,14 @@ int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root) {
 }
 
 int FileMgr::loadLocalCfg(const std::string& path, Json::Value& root, const Limits& limits) {
-    std::string text;
-    int result = loadFileContent(path, text, limits);
-    if (result == kOk && !fewEnoughValues(path, text, limits.maxValues)) {
-        result = kErrOpenRead;
-    }
-    if (result < 0) {
-        Logger::log(Logger::logError, "ERR::CHK(%s)::%d Error Code %d", kLoadCheck.signature,
-                    kLoadCheck.line, result);
-        return result;
-    }
-
     // The document is parsed into a value of its own and handed over whole, so a failed
     // parse never leaves half a document in the caller's root.
-    Json::Value parsed;
-    std::string errors;
-    if (!parseText(text, parsed, errors)) {
-        Logger::log(Logger::logError, "ERR::Error parsing Json '%s'", text.c_str());
-        Logger::log(Logger::logError, "ERR::Error: '%s'", errors.c_str());
-        return kErrParse;
+    zelcommon::JsonLoad load;
+    const int result = zelcommon::loadJsonFile(path, limits, load);
+    if (result == kOk) {
+        root.swap(load.document);
     }
-    root.swap(parsed);
-    return kOk;
+    return result;
 }
 
 int FileMgr::storeLocalCfg(const std::string& path, const Json::Value& root) {
