@@ -165,6 +165,28 @@ void addTextFindings(Outcome& outcome, const SourceText& source, size_t keep) {
     }
 }
 
+// Reading adds null members to what it reads, and the comparison needs the document as the
+// file has it. A document of up to this many values (the largest channel tables in use hold
+// about 280,000) is read in a copy; a larger one is read in place and parsed again from the
+// text afterwards, so that a file near the store's limit is never held twice.
+constexpr long long kCopiedValues = 300000;
+
+// Checks a loaded file reading a copy of its document, which stays as the file has it.
+Outcome checkCopy(const Kind& kind, LoadedFile& loaded, size_t keep) {
+    const SourceText& source = *loaded.source;
+    Json::Value work = loaded.document;
+    Reading reading = readInPlace(kind, work);
+    if (reading.failed) {
+        Outcome outcome = unreadable(kind, work, reading, &source);
+        outcome.log = std::move(reading.log);
+        work = Json::Value();
+        addTextFindings(outcome, source, loaded.document, keep);
+        return outcome;
+    }
+    work = Json::Value();
+    return judged(kind, loaded.document, reading, true, &source, keep);
+}
+
 // Checks a loaded file reading its document in place, as the device does, so that a document
 // the library cannot read is never copied. The comparison needs the document as the file
 // has it, which the reading changed: it is parsed again from the text.
@@ -176,6 +198,9 @@ Outcome checkInPlace(const Kind& kind, LoadedFile& loaded, bool withFindings, si
             addTextFindings(outcome, source, loaded.document, keep);
         }
         return outcome;
+    }
+    if (withFindings && loaded.values <= kCopiedValues) {
+        return checkCopy(kind, loaded, keep);
     }
     Reading reading = readInPlace(kind, loaded.document);
     if (reading.failed) {
@@ -228,15 +253,16 @@ Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFinding
     return outcome;
 }
 
-Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings, size_t keep) {
+namespace {
+
+// Checks what `load` loads into a LoadedFile; its log comes first in the outcome's.
+template <typename Load>
+Outcome checkLoading(const Kind& kind, bool withFindings, size_t keep, Load load) {
     try {
         LoadedFile loaded;
         Outcome failure;
-        if (!loadFile(path, loaded, failure)) {
+        if (!load(loaded, failure)) {
             return failure;
-        }
-        if (loaded.source == nullptr) {
-            return checkLoaded(kind, loaded, withFindings, keep);
         }
         Outcome outcome = checkInPlace(kind, loaded, withFindings, keep);
         outcome.log.insert(outcome.log.begin(), loaded.log.begin(), loaded.log.end());
@@ -246,6 +272,21 @@ Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings, 
     } catch (const std::exception& e) {
         return unusable(std::string("cannot be checked (") + e.what() + ")");
     }
+}
+
+}  // namespace
+
+Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings, size_t keep) {
+    return checkLoading(kind, withFindings, keep, [&path](LoadedFile& loaded, Outcome& failure) {
+        return loadFile(path, loaded, failure);
+    });
+}
+
+Outcome checkText(const Kind& kind, const std::string& name, std::string bytes, bool withFindings,
+                  size_t keep) {
+    return checkLoading(kind, withFindings, keep, [&](LoadedFile& loaded, Outcome& failure) {
+        return loadText(name, std::move(bytes), loaded, failure);
+    });
 }
 
 }  // namespace zelct

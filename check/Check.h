@@ -162,14 +162,20 @@ Outcome checkDocument(const Kind& kind, const Json::Value& document, bool withFi
 // A file as the device loads it, with its text for positions.
 struct LoadedFile {
     Json::Value document;
-    std::unique_ptr<SourceText> source;  // null when the file could not be read again
+    std::unique_ptr<SourceText> source;  // the file's bytes, those after a NUL included
     std::vector<LogLine> log;            // what the load logged
+    long long values = 0;                // JSON values in its text, as the store counted them
 };
 
-// Loads the file with FileMgr::loadLocalCfg. When it cannot be used, returns false with the
-// Unusable outcome in `failure` (its log holds what the load logged). Never throws: a text
-// nested deeper than the parser allows is a failure like any other.
+// Loads the file as FileMgr::loadLocalCfg does, with the same code: the same limits, failure
+// codes and log lines, the file read once and its text parsed once. When it cannot be used,
+// returns false with the Unusable outcome in `failure` (its log holds what the load logged).
+// A text nested deeper than the parser allows is a failure like any other; only running out
+// of memory throws (std::bad_alloc).
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure);
+
+// The same for bytes already in memory, loaded as a file of that name holding them would be.
+bool loadText(const std::string& name, std::string bytes, LoadedFile& loaded, Outcome& failure);
 
 // Checks a loaded file; the outcome's log starts with the load's lines.
 Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFindings,
@@ -179,6 +185,10 @@ Outcome checkLoaded(const Kind& kind, const LoadedFile& loaded, bool withFinding
 // wrong with one file is its own Unusable outcome, except running out of memory, which is no
 // fault of the file: std::bad_alloc goes through to the caller.
 Outcome checkFile(const Kind& kind, const std::string& path, bool withFindings,
+                  size_t keep = kKeptFindings);
+
+// The same for bytes in memory, checked as a file of that name holding them would be.
+Outcome checkText(const Kind& kind, const std::string& name, std::string bytes, bool withFindings,
                   size_t keep = kKeptFindings);
 
 }  // namespace zelct

@@ -2,10 +2,7 @@
 // findings handed over as data.
 #include "DocumentCheck.h"
 
-#include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -97,56 +94,6 @@ DocumentCheck::Report guarded(const std::string& kindName, const std::string& na
     }
 }
 
-// A temporary file that holds a text for as long as it lives, removed when it goes.
-class TextFile {
-public:
-    explicit TextFile(const std::string& text) {
-        const char* folder = std::getenv("TMPDIR");
-        path_ = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") +
-                "/zelCommonTypesCheck-XXXXXX";
-        const int fd = ::mkstemp(&path_[0]);
-        if (fd < 0) {
-            path_.clear();
-            return;
-        }
-        written_ = writeAll(fd, text);
-        written_ = ::close(fd) == 0 && written_;
-    }
-    ~TextFile() {
-        if (!path_.empty()) {
-            ::unlink(path_.c_str());
-        }
-    }
-    TextFile(const TextFile&) = delete;
-    TextFile& operator=(const TextFile&) = delete;
-
-    bool ready() const { return written_; }
-    const std::string& path() const { return path_; }
-
-private:
-    static bool writeAll(int fd, const std::string& text) {
-        size_t done = 0;
-        while (done < text.size()) {
-            const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-            if (n <= 0) {
-                return false;
-            }
-            done += static_cast<size_t>(n);
-        }
-        return true;
-    }
-
-    std::string path_;
-    bool written_ = false;
-};
-
-void replaceAll(std::string& text, const std::string& from, const std::string& to) {
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
-        text.replace(at, from.size(), to);
-        at += to.size();
-    }
-}
-
 }  // namespace
 
 std::vector<std::string> DocumentCheck::kindNames() {
@@ -171,25 +118,12 @@ DocumentCheck::Report DocumentCheck::checkFile(const std::string& kind, const st
     });
 }
 
-// The text goes through a file of its own, so that it is loaded by the very code, with the
-// very limits and failure codes, that loads the device's files; what is said about that file
-// is said about the text's name.
+// The text is loaded by the very code, with the very limits and failure codes, that loads
+// the device's files; what would be said about such a file is said about the text's name.
 DocumentCheck::Report DocumentCheck::checkText(const std::string& kind, const std::string& text,
                                                const std::string& name) {
     return guarded(kind, name, [&text, &name](const zelct::Kind& found) {
-        const TextFile file(text);
-        if (!file.ready()) {
-            Outcome failure;
-            failure.status = Outcome::Status::Unusable;
-            failure.problem = "cannot hold the text in a temporary file";
-            return failure;
-        }
-        Outcome outcome = zelct::checkFile(found, file.path(), true);
-        for (zelct::LogLine& line : outcome.log) {
-            replaceAll(line.text, file.path(), name);
-        }
-        replaceAll(outcome.problem, file.path(), name);
-        return outcome;
+        return zelct::checkText(found, name, text, true);
     });
 }
 

@@ -255,6 +255,10 @@ int loadJsonBytes(const std::string& path, std::string bytes, const FileMgr::Lim
                     path.c_str(), load.size, limits.maxFileSize);
         return refused(load);
     }
+    if (bytes.empty()) {
+        // A file of no bytes reads as a failed read, and says so.
+        Logger::log(Logger::logError, "ERR::fread failed");
+    }
     load.bytes = std::move(bytes);
     load.textLength = std::strlen(load.bytes.c_str());
     return parseLoaded(path, limits.maxValues, load);
