@@ -2,7 +2,6 @@
 // findings handed over as data.
 #include "DocumentCheck.h"
 
-
 #include <exception>
 #include <utility>
 

@@ -7,13 +7,17 @@
 namespace zelct {
 
 // One kind of finding, as every output names it: the id of text lines, --json and SARIF's
-// ruleId, the SARIF rule's name (what happened, in the words viewers show as a title) and its
-// one-line description. docs/findings.md has a section headed by each id.
+// ruleId, its severity (SARIF's level, the annotation GitHub shows), the SARIF rule's name
+// (what happened, in the words viewers show as a title), its one-line description and how to
+// fix it in one sentence. docs/findings.md has a section headed by each id, whose "How to fix"
+// starts with that sentence; `zelct check --help` lists the ids with their descriptions.
 struct FindingKind {
     Finding::Type type;
     const char* id;
+    const char* severity;  // "warning": the file was read, and the device runs on it
     const char* ruleName;
     const char* description;
+    const char* fix;
     bool showsUnderstood;  // --json gives "understood" (what the device reads or keeps)
 };
 

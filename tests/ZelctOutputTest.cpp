@@ -23,9 +23,9 @@
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "ShownLog.h"
 #include "Printer.h"
 #include "SafeText.h"
+#include "ShownLog.h"
 #include "TempDir.h"
 
 using namespace zelct;
@@ -575,8 +575,29 @@ std::string sourceFile(const std::string& relative) {
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// Each SARIF rule's helpUri lands on a section of the reference, whose table names the rule,
-// and the README lists every kind.
+// The section of the reference headed by the id, up to the next heading.
+std::string sectionOf(const std::string& reference, const std::string& id) {
+    const size_t start = reference.find("\n## " + id + "\n");
+    if (start == std::string::npos) {
+        return "";
+    }
+    return reference.substr(start, reference.find("\n## ", start + 1) - start);
+}
+
+// The text with every run of white space, line breaks included, as one space.
+std::string withSpacesOnly(const std::string& text) {
+    std::string out;
+    for (const char c : text) {
+        const bool space = c == ' ' || c == '\n';
+        if (!space || (!out.empty() && out.back() != ' ')) {
+            out += space ? ' ' : c;
+        }
+    }
+    return out;
+}
+
+// Each SARIF rule's helpUri lands on a section of the reference, whose table names the rule
+// and whose "How to fix" starts with the kind's own sentence, and the README lists every kind.
 TEST(ZelctFindingKinds, EveryKindHasItsSectionTableRowAndReadmeMention) {
     const std::string reference = sourceFile("docs/findings.md");
     const std::string readme = sourceFile("README.md");
@@ -592,6 +613,11 @@ TEST(ZelctFindingKinds, EveryKindHasItsSectionTableRowAndReadmeMention) {
                   std::string::npos)
             << id;
         EXPECT_NE(readme.find("`" + id + "`"), std::string::npos) << id;
+        EXPECT_NE(
+            withSpacesOnly(sectionOf(reference, id)).find("How to fix: " + std::string(kind.fix)),
+            std::string::npos)
+            << id;
+        EXPECT_STREQ("warning", kind.severity) << id;
     }
     EXPECT_EQ(ids.size(), static_cast<size_t>(Finding::Type::HiddenState) + 1);
 }

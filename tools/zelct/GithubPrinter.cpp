@@ -7,6 +7,7 @@
 // every other line is made inert before it is printed, on either stream.
 #include <sstream>
 
+#include "FindingKinds.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
@@ -185,7 +186,7 @@ private:
     void findings(const std::string& file, const Kind& kind, const Outcome& outcome) {
         for (const Finding& finding : outcome.findings) {
             out_ << annotation(
-                        "warning", file, finding.line, finding.column,
+                        findingKind(finding.type).severity, file, finding.line, finding.column,
                         std::string("zelct ") + kind.name + ": " + findingTypeName(finding.type),
                         findingText(finding))
                  << '\n';

@@ -21,9 +21,9 @@ std::unique_ptr<Printer> makeJsonPrinter(std::ostream& out, std::ostream& err);
 
 namespace {
 
-// The rules, in the order of their ruleIndex: one for each kind of finding, then one for files
-// that cannot be used. Every finding is a warning: the file was read and the library made
-// something else of it (exit 1). A file that cannot be used is an error (exit 2).
+// The rules, in the order of their ruleIndex: one for each kind of finding, at the kind's
+// severity (a file that was read, which the library made something else of: exit 1), then one
+// for files that cannot be used, an error (exit 2).
 const char* const kUnusableId = "unusable";
 // Where the tool's documentation lives, beside its schemas.
 const char* const kInformationUri = "https://zel.invalid/zelCommonTypes/";
@@ -55,7 +55,7 @@ Json::Value ruleJson(const char* id, const char* name, const char* text, const c
 Json::Value rulesJson() {
     Json::Value rules(Json::arrayValue);
     for (const FindingKind& kind : findingKinds()) {
-        rules.append(ruleJson(kind.id, kind.ruleName, kind.description, "warning"));
+        rules.append(ruleJson(kind.id, kind.ruleName, kind.description, kind.severity));
     }
     rules.append(ruleJson(kUnusableId, "FileNotUsable",
                           "A file the library cannot load or read as the kind.", "error"));
@@ -111,9 +111,10 @@ Json::Value locationJson(const std::string& file, int line, int column, const st
 Json::Value resultJson(int ruleIndex, const std::string& message) {
     Json::Value result(Json::objectValue);
     const bool unusable = ruleIndex == findingRules();
-    result["ruleId"] = unusable ? kUnusableId : findingKinds()[static_cast<size_t>(ruleIndex)].id;
+    const FindingKind* kind = unusable ? nullptr : &findingKinds()[static_cast<size_t>(ruleIndex)];
+    result["ruleId"] = unusable ? kUnusableId : kind->id;
     result["ruleIndex"] = ruleIndex;
-    result["level"] = unusable ? "error" : "warning";
+    result["level"] = unusable ? "error" : kind->severity;
     result["message"]["text"] = message;
     return result;
 }

@@ -18,15 +18,16 @@
 
 #include "Catalogues.h"
 #include "Check.h"
+#include "FindingKinds.h"
 #include "Input.h"
 #include "Kinds.h"
-#include "ShownLog.h"
 #include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SafeText.h"
 #include "Schema.h"
+#include "ShownLog.h"
 
 namespace {
 
@@ -206,6 +207,17 @@ void addFormatOptions(CLI::App* command, Arguments& args) {
         "Machine-readable JSON on standard output, errors included (--format json)");
 }
 
+// What check reports, from the table of finding kinds, after its options.
+std::string findingKindsFooter() {
+    std::string text = "Findings (docs/findings.md explains each and how to fix it):\n";
+    for (const FindingKind& kind : findingKinds()) {
+        const std::string id = kind.id;
+        text += "  " + id + std::string(id.size() < 19 ? 19 - id.size() : 1, ' ') +
+                kind.description + "\n";
+    }
+    return text;
+}
+
 CLI::App* addCommand(CommandLine& line, const char* name, const char* description, Command run) {
     CLI::App* command = line.app.add_subcommand(name, description);
     addFormatOptions(command, line.args);
@@ -228,6 +240,7 @@ void defineCommands(CommandLine& line) {
         "Read each FILE as KIND and report, one finding a line, what the library drops, "
         "changes or adds. Exit 0: understood exactly; 1: findings; 2: a file cannot be used",
         &runCheck);
+    check->footer(findingKindsFooter());
     check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
     check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
         ->required();
