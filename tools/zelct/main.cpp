@@ -18,6 +18,7 @@
 
 #include "Catalogues.h"
 #include "Check.h"
+#include "ExplainCommands.h"
 #include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
@@ -38,6 +39,7 @@ struct Arguments {
     int verbosity = 0;
     Format format = Format::Text;
     std::string kind;
+    KindAndFiles explained;  // explain
     std::vector<std::string> files;
     std::string input;
     std::string output;
@@ -137,6 +139,10 @@ int runNormalize(const Arguments& args, Printer& printer) {
     return withinMemory(printer, args.input, [&] { return normalizeInto(*kind, args, printer); });
 }
 
+int runExplain(const Arguments& args, Printer& printer) {
+    return explainCommand(args.explained, &kindOrComplain, printer);
+}
+
 int runTemplate(const Arguments& args, Printer& printer) {
     const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
@@ -231,6 +237,9 @@ void defineCommands(CommandLine& line) {
     check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
     check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
         ->required();
+
+    addKindAndFiles(addCommand(line, "explain", kExplainHelp, &runExplain), args.explained,
+                    {"FILE"});
 
     CLI::App* normalize = addCommand(
         line, "normalize", "Write what the library understands from IN, as it would store it",

@@ -1,0 +1,34 @@
+#pragma once
+
+// The command line of zelct explain, which takes the kind either as its first word or with
+// --kind, so that a kind chosen elsewhere (a script's variable) goes in front of the file
+// without moving it.
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+#include "Kinds.h"
+#include "Printer.h"
+
+namespace zelct {
+
+struct KindAndFiles {
+    std::string kind;                // from --kind
+    bool kindOption = false;         // --kind was given
+    std::vector<std::string> words;  // the positional words in order: [KIND] FILE...
+    bool compact = false;            // explain --compact
+};
+
+extern const char* const kExplainHelp;
+
+// Adds [KIND] and the named files as positional words, --kind, and for a single file
+// explain's --compact.
+void addKindAndFiles(CLI::App* command, KindAndFiles& args, const std::vector<const char*>& files);
+
+// The kind of that name, or nullptr once the printer was told it is unknown.
+using KindLookup = const Kind* (*)(const std::string& name, Printer& printer);
+
+int explainCommand(const KindAndFiles& args, KindLookup lookup, Printer& printer);
+
+}  // namespace zelct
