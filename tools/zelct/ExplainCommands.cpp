@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "Diff.h"
 #include "Explain.h"
 #include "Input.h"
 
@@ -11,6 +12,11 @@ const char* const kExplainHelp =
     "Show what the device holds from FILE read as KIND, one value a line, and where each comes "
     "from: the file (line:column), a default, a value the reading changed, hidden state; members "
     "never read are listed as not held. Exit 0: explained; 2: the file cannot be used";
+
+const char* const kDiffHelp =
+    "Show what changes on the device between OLD and NEW read as KIND, as the device understands "
+    "them, one line a value placed in NEW. Exit 0: no change; 1: changes; 2: a file cannot be "
+    "used";
 
 namespace {
 
@@ -75,6 +81,20 @@ int explainCommand(const KindAndFiles& args, KindLookup lookup, Printer& printer
     }
     return withinMemory(printer, files[0],
                         [&] { return explainFile(*kind, files[0], args.compact, printer); });
+}
+
+int diffCommand(const KindAndFiles& args, KindLookup lookup, Printer& printer) {
+    std::vector<std::string> files;
+    const Kind* kind = kindAndFiles(args, 2, "OLD NEW", lookup, files, printer);
+    if (kind == nullptr) {
+        return kUnusable;
+    }
+    if (files[0] == kStandardInput && files[1] == kStandardInput) {
+        printer.problem({"", 0, 0, "OLD and NEW cannot both be standard input", kUnusable});
+        return kUnusable;
+    }
+    return withinMemory(printer, files[1],
+                        [&] { return diffFiles(*kind, files[0], files[1], printer); });
 }
 
 }  // namespace zelct

@@ -1,8 +1,8 @@
 #pragma once
 
-// The command line of zelct explain, which takes the kind either as its first word or with
-// --kind, so that a kind chosen elsewhere (a script's variable) goes in front of the file
-// without moving it.
+// The command lines of zelct explain and zelct diff, which take the kind either as their first
+// word or with --kind, so that a kind chosen elsewhere (a script's variable, a git diff driver)
+// goes in front of the files without moving them.
 #include <CLI/CLI.hpp>
 
 #include <string>
@@ -21,6 +21,7 @@ struct KindAndFiles {
 };
 
 extern const char* const kExplainHelp;
+extern const char* const kDiffHelp;
 
 // Adds [KIND] and the named files as positional words, --kind, and for a single file
 // explain's --compact.
@@ -30,5 +31,6 @@ void addKindAndFiles(CLI::App* command, KindAndFiles& args, const std::vector<co
 using KindLookup = const Kind* (*)(const std::string& name, Printer& printer);
 
 int explainCommand(const KindAndFiles& args, KindLookup lookup, Printer& printer);
+int diffCommand(const KindAndFiles& args, KindLookup lookup, Printer& printer);
 
 }  // namespace zelct

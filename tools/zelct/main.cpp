@@ -39,7 +39,7 @@ struct Arguments {
     int verbosity = 0;
     Format format = Format::Text;
     std::string kind;
-    KindAndFiles explained;  // explain
+    KindAndFiles explained;  // explain and diff
     std::vector<std::string> files;
     std::string input;
     std::string output;
@@ -143,6 +143,10 @@ int runExplain(const Arguments& args, Printer& printer) {
     return explainCommand(args.explained, &kindOrComplain, printer);
 }
 
+int runDiff(const Arguments& args, Printer& printer) {
+    return diffCommand(args.explained, &kindOrComplain, printer);
+}
+
 int runTemplate(const Arguments& args, Printer& printer) {
     const Kind* kind = kindOrComplain(args.kind, printer);
     if (kind == nullptr) {
@@ -240,6 +244,7 @@ void defineCommands(CommandLine& line) {
 
     addKindAndFiles(addCommand(line, "explain", kExplainHelp, &runExplain), args.explained,
                     {"FILE"});
+    addKindAndFiles(addCommand(line, "diff", kDiffHelp, &runDiff), args.explained, {"OLD", "NEW"});
 
     CLI::App* normalize = addCommand(
         line, "normalize", "Write what the library understands from IN, as it would store it",
