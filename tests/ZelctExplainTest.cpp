@@ -1,6 +1,7 @@
 // zelct explain: where each value the device holds comes from, on documents written here.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -104,6 +105,26 @@ TEST(ZelctExplain, AMemberNeverReadIsListedAsNotHeld) {
     EXPECT_EQ(label.from, Json::Value("Mic 1"));
     EXPECT_EQ(label.line, 3);
     EXPECT_EQ(label.column, 45);
+}
+
+// "name" is never read: the class writes its own, so what the device holds is a default.
+TEST(ZelctExplain, AValueWhoseMemberIsNeverReadIsTheClassesDefault) {
+    const Explained explained =
+        explainText("channel-table-entry", "{\"id\": 3, \"name\": \"Talkback\"}");
+    const ExplainedMember& name = memberAt(explained, "/name");
+    EXPECT_EQ(name.origin, Origin::Default);
+    EXPECT_TRUE(name.unread);
+    EXPECT_EQ(name.value, Json::Value(""));
+    EXPECT_EQ(name.from, Json::Value("Talkback"));
+    EXPECT_EQ(name.column, 11);
+    EXPECT_EQ(
+        std::count_if(explained.members.begin(), explained.members.end(),
+                      [](const ExplainedMember& m) { return pointerText(m.path) == "/name"; }),
+        1);
+    EXPECT_NE(explanationText(explained.members, true)
+                  .find("default, the file's \"Talkback\" at 1:11 is never read\n"),
+              std::string::npos);
+    EXPECT_FALSE(memberAt(explained, "/name-output").unread);
 }
 
 TEST(ZelctExplain, ATextNamingNoKindShowsWhatTheChannelKeeps) {

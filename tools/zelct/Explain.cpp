@@ -150,23 +150,49 @@ bool startsWith(const JsonPath& path, const JsonPath& prefix) {
                       });
 }
 
-// The member a finding of the text is about: the first at its path or under it. The members
-// are in the order the device writes them.
+// The first member at the path or after it, in the order the device writes them, which the
+// members are in.
+std::vector<ExplainedMember>::iterator firstUnder(std::vector<ExplainedMember>& members,
+                                                  const JsonPath& path) {
+    return std::lower_bound(members.begin(), members.end(), path,
+                            [](const ExplainedMember& member, const JsonPath& p) {
+                                return writtenBefore(member.path, p);
+                            });
+}
+
+// The member a finding of the text is about: the first at its path or under it.
 ExplainedMember* memberUnder(std::vector<ExplainedMember>& members, const JsonPath& path) {
-    const auto first = std::lower_bound(members.begin(), members.end(), path,
-                                        [](const ExplainedMember& member, const JsonPath& p) {
-                                            return writtenBefore(member.path, p);
-                                        });
+    const auto first = firstUnder(members, path);
     return first != members.end() && startsWith(first->path, path) ? &*first : nullptr;
 }
 
+// A member of the file that the class never reads leaves what the device holds there to the
+// class: the values held at or under it are its defaults, whatever the file says. False when
+// the device holds nothing there.
+bool heldAsDefaults(std::vector<ExplainedMember>& members, const Finding& dropped) {
+    bool held = false;
+    for (auto it = firstUnder(members, dropped.path);
+         it != members.end() && startsWith(it->path, dropped.path); ++it) {
+        held = true;
+        if (it->origin != Origin::File && it->origin != Origin::Changed) {
+            continue;
+        }
+        it->from = it->origin == Origin::File ? it->value : it->from;
+        it->origin = Origin::Default;
+        it->unread = true;
+    }
+    return held;
+}
+
 void addFindings(std::vector<ExplainedMember>& members, const std::vector<Finding>& findings) {
+    std::vector<ExplainedMember> notHeldMembers;
     for (const Finding& finding : findings) {
-        if (finding.type == Finding::Type::Dropped ||
-            finding.type == Finding::Type::NotWrittenBack) {
-            members.push_back(notHeld(finding));
+        if (finding.type == Finding::Type::NotWrittenBack ||
+            (finding.type == Finding::Type::Dropped && !heldAsDefaults(members, finding))) {
+            notHeldMembers.push_back(notHeld(finding));
         }
     }
+    members.insert(members.end(), notHeldMembers.begin(), notHeldMembers.end());
     std::stable_sort(members.begin(), members.end(),
                      [](const ExplainedMember& a, const ExplainedMember& b) {
                          return writtenBefore(a.path, b.path);

@@ -42,12 +42,13 @@ struct MemberNote {
 struct ExplainedMember {
     JsonPath path;
     Origin origin = Origin::File;
-    Json::Value value;   // what the device holds; null when it holds nothing there
-    Json::Value from;    // the file's value, for Changed, Dropped and NotWrittenBack
-    Json::Value kept;    // HiddenState: what the record keeps behind the text
-    std::string hidden;  // HiddenState: the finding's sentence, without its pointer
-    int line = 0;        // the file's member or value; for a Default the object it is
-    int column = 0;      // added to; 0 when unknown
+    Json::Value value;    // what the device holds; null when it holds nothing there
+    Json::Value from;     // the file's value, for Changed, Dropped, NotWrittenBack and unread
+    bool unread = false;  // Default: the file has a value here that the class never reads
+    Json::Value kept;     // HiddenState: what the record keeps behind the text
+    std::string hidden;   // HiddenState: the finding's sentence, without its pointer
+    int line = 0;         // the file's member or value; for a Default the object it is
+    int column = 0;       // added to; 0 when unknown
     std::vector<MemberNote> notes;
 
     bool held() const { return origin != Origin::Dropped && origin != Origin::NotWrittenBack; }

@@ -42,6 +42,9 @@ std::string originText(const ExplainedMember& member) {
         case Origin::File:
             return fromPlace(member);
         case Origin::Default:
+            if (member.unread) {
+                return "default, the file's " + shownValue(member.from) + there + " is never read";
+            }
             return "default, absent from the file" +
                    (member.line > 0 ? " (its object" + there + ")" : std::string());
         case Origin::Changed:
@@ -94,7 +97,7 @@ Json::Value memberJson(const ExplainedMember& member) {
         json["line"] = member.line;
         json["column"] = member.column;
     }
-    if (!member.held() || member.origin == Origin::Changed) {
+    if (!member.held() || member.origin == Origin::Changed || member.unread) {
         json["from"] = member.from;
     }
     if (member.origin == Origin::HiddenState) {
