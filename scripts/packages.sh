@@ -112,7 +112,7 @@ expect libzelcommontypes-dev "usr/lib/$arch/libzelCommonTypes.so" \
 refuse libzelcommontypes-dev "libzelCommonTypes.so.1" "libzelCommonTypesCheck.so.1" "usr/bin" "\.js$"
 # The tool's manual pages: zelct(1) and one a command.
 man_pages=("usr/share/man/man1/zelct.1.gz")
-for command in kinds check normalize template schema video ptime alarms; do
+for command in kinds check explain diff normalize template schema video ptime alarms; do
     man_pages+=("usr/share/man/man1/zelct-$command.1.gz")
 done
 expect zelct "usr/bin/zelct" "${man_pages[@]}" $(doc zelct)

@@ -18,6 +18,7 @@
 
 #include "Catalogues.h"
 #include "Check.h"
+#include "ExplainCommands.h"
 #include "FindingKinds.h"
 #include "Input.h"
 #include "Kinds.h"
@@ -39,6 +40,7 @@ struct Arguments {
     int verbosity = 0;
     Format format = Format::Text;
     std::string kind;
+    KindAndFiles explained;  // explain and diff
     std::vector<std::string> files;
     std::string input;
     std::string output;
@@ -136,6 +138,14 @@ int runNormalize(const Arguments& args, Printer& printer) {
         }
     }
     return withinMemory(printer, args.input, [&] { return normalizeInto(*kind, args, printer); });
+}
+
+int runExplain(const Arguments& args, Printer& printer) {
+    return explainCommand(args.explained, &kindOrComplain, printer);
+}
+
+int runDiff(const Arguments& args, Printer& printer) {
+    return diffCommand(args.explained, &kindOrComplain, printer);
 }
 
 int runTemplate(const Arguments& args, Printer& printer) {
@@ -244,6 +254,10 @@ void defineCommands(CommandLine& line) {
     check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
     check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
         ->required();
+
+    addKindAndFiles(addCommand(line, "explain", kExplainHelp, &runExplain), args.explained,
+                    {"FILE"});
+    addKindAndFiles(addCommand(line, "diff", kDiffHelp, &runDiff), args.explained, {"OLD", "NEW"});
 
     CLI::App* normalize = addCommand(
         line, "normalize", "Write what the library understands from IN, as it would store it",
