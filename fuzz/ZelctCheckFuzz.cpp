@@ -1,7 +1,8 @@
-// zelct check on arbitrary bytes as a file's text: the strict scan of the text, the nesting
-// probe, and, when the device's parser accepts what comes before the first NUL, the whole
-// check of the document as one kind (picked by the first byte) with every finding put into
-// words. A crash, a sanitizer report, an exception out of checkDocument or a hang is a finding.
+// zelct check on arbitrary bytes as a file's text, checked as one kind (picked by the first
+// byte) exactly as a file holding them would be: the file store's load (its limits and
+// parser), the scan of the text, reading, comparing and locating, with every finding and the
+// unusable place put into words. A crash, a sanitizer report, an exception out of checkText
+// other than running out of memory, or a hang is a finding.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,7 +12,6 @@
 #include "FuzzHarness.h"
 #include "Kinds.h"
 #include "ReadingScan.h"
-#include "SourceText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::quietLogger();
@@ -20,13 +20,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const std::vector<zelct::Kind>& kinds = zelct::allKinds();
     const zelct::Kind& kind = kinds[data[0] % kinds.size()];
-    const zelct::SourceText source(std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
-    (void)zelct::nestingPastLimit(source.bytes, 1000);
-    Json::Value document;
-    if (!fuzz::parse(data + 1, source.deviceLength, document)) {
-        return 0;
-    }
-    const zelct::Outcome outcome = zelct::checkDocument(kind, document, true, &source);
+    const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
+    (void)zelct::nestingPastLimit(bytes, 1000);
+    const zelct::Outcome outcome = zelct::checkText(kind, "fuzz.json", bytes, true);
     for (const zelct::Finding& finding : outcome.findings) {
         (void)zelct::findingText(finding);
     }
