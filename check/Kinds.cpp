@@ -56,6 +56,10 @@ std::string closestName(const std::string& typed, const std::vector<std::string>
     return best;
 }
 
+std::string describedKind(const Kind& kind) {
+    return std::string(kind.description) + " (" + kind.className + ")";
+}
+
 std::vector<std::string> kindNames() {
     std::vector<std::string> names;
     for (const Kind& kind : allKinds()) {
@@ -74,28 +78,28 @@ Json::Value normalizedDocument(const Kind& kind, const Json::Value& understood) 
 const std::vector<Kind>& allKinds() {
     // clang-format off
     static const std::vector<Kind> kinds = {
-        {"system-info",         TopLevel::Object, "the board's identity and health document (SystemBasicInfo)", &make<SystemBasicInfo>},
-        {"channel-tables",      TopLevel::Array,  "the channel tables of a device, one per interface type (ChannelTables)", &make<ChannelTables>},
-        {"channel-table",       TopLevel::Object, "the rows of one interface type, an element of channel-tables (ChannelTable)", &make<ChannelTable>},
-        {"channel-table-entry", TopLevel::Object, "one row of a channel table, an element of \"channels\" (ChannelTableEntry)", &make<ChannelTableEntry>},
-        {"channel-list",        TopLevel::Array,  "the channels one user holds (ChannelList)", &make<ChannelList>},
-        {"channel-id",          TopLevel::Object, "one channel on an interface, an element of channel-list (ChannelId)", &makeChannelId},
-        {"session-streams",     TopLevel::Array,  "the network streams of media sessions (SessionStreamList)", &make<SessionStreamList>},
-        {"session-stream",      TopLevel::Object, "one network stream, an element of session-streams (SessionStreamBasics)", &make<SessionStreamBasics>},
-        {"alarms",              TopLevel::Object, "the set of raised alarms, {\"alarms\": [...]} (AlarmManager)", &make<AlarmManager>},
-        {"alarm",               TopLevel::Object, "one alarm: severity, description, type (Alarm)", &make<Alarm>},
-        {"eth",                 TopLevel::Object, "one Ethernet interface with its SFP module, an element of \"eth\" (EthBasicInfo)", &make<EthBasicInfo>},
-        {"eth-bandwidth",       TopLevel::Object, "receive and transmit bandwidth of up to two interfaces (EthBandwidthInfo)", &make<EthBandwidthInfo>},
-        {"sfp",                 TopLevel::Object, "an SFP module record, as under \"sfp\" (SfpInfo)", &make<SfpInfo>},
-        {"video-format",        TopLevel::Object, "a video format, {\"format\": \"1080P59\"} (VideoFormat)", &make<VideoFormat>},
-        {"device-capabilities", TopLevel::Object, "{\"deviceCapabilities\": {...}}: interfaces and stream counts (DeviceCapabilities)", &make<DeviceCapabilities>},
-        {"process-info",        TopLevel::Object, "ports of a service process, as under \"rtsp\" (ProcessBasicInfo)", &make<ProcessBasicInfo>},
-        {"product-info",        TopLevel::Object, "the main-board record, as under \"product-info\" (TarvikInfo)", &make<TarvikInfo>},
-        {"daughter-board",      TopLevel::Object, "a daughter board, as under \"daughter-card\" (DaughterBoard)", &make<DaughterBoard>},
-        {"temperature",         TopLevel::Object, "the FPGA temperature, as under \"temperature\" (SystemTemperature)", &make<SystemTemperature>},
-        {"fan-speed",           TopLevel::Object, "the main fan speed, as under \"fan-speed\" (FanSpeed)", &make<FanSpeed>},
-        {"cpu-load",            TopLevel::Object, "the CPU load averages, as under \"cpu-loadavg\" (CpuLoadAverage)", &make<CpuLoadAverage>},
-        {"system-error",        TopLevel::Object, "one system error, an element of \"errors\" (SystemError)", &make<SystemError>},
+        {"system-info",         TopLevel::Object, "SystemBasicInfo",     "SystemBasicInfo.h",     "the board's identity and health document", &make<SystemBasicInfo>},
+        {"channel-tables",      TopLevel::Array,  "ChannelTables",       "ChannelTables.h",       "the channel tables of a device, one per interface type", &make<ChannelTables>},
+        {"channel-table",       TopLevel::Object, "ChannelTable",        "ChannelTables.h",       "the rows of one interface type, an element of channel-tables", &make<ChannelTable>},
+        {"channel-table-entry", TopLevel::Object, "ChannelTableEntry",   "ChannelTableEntry.h",   "one row of a channel table, an element of \"channels\"", &make<ChannelTableEntry>},
+        {"channel-list",        TopLevel::Array,  "ChannelList",         "ChannelList.h",         "the channels one user holds", &make<ChannelList>},
+        {"channel-id",          TopLevel::Object, "ChannelId",           "ChannelId.h",           "one channel on an interface, an element of channel-list", &makeChannelId},
+        {"session-streams",     TopLevel::Array,  "SessionStreamList",   "SessionStreamList.h",   "the network streams of media sessions", &make<SessionStreamList>},
+        {"session-stream",      TopLevel::Object, "SessionStreamBasics", "SessionStreamList.h",   "one network stream, an element of session-streams", &make<SessionStreamBasics>},
+        {"alarms",              TopLevel::Object, "AlarmManager",        "AlarmManager.h",        "the set of raised alarms, {\"alarms\": [...]}", &make<AlarmManager>},
+        {"alarm",               TopLevel::Object, "Alarm",               "Alarm.h",               "one alarm: severity, description, type", &make<Alarm>},
+        {"eth",                 TopLevel::Object, "EthBasicInfo",        "EthBasicInfo.h",        "one Ethernet interface with its SFP module, an element of \"eth\"", &make<EthBasicInfo>},
+        {"eth-bandwidth",       TopLevel::Object, "EthBandwidthInfo",    "EthBasicInfo.h",        "receive and transmit bandwidth of up to two interfaces", &make<EthBandwidthInfo>},
+        {"sfp",                 TopLevel::Object, "SfpInfo",             "SfpInfo.h",             "an SFP module record, as under \"sfp\"", &make<SfpInfo>},
+        {"video-format",        TopLevel::Object, "VideoFormat",         "VideoFormat.h",         "a video format, {\"format\": \"1080P59\"}", &make<VideoFormat>},
+        {"device-capabilities", TopLevel::Object, "DeviceCapabilities",  "DeviceCapabilities.h",  "{\"deviceCapabilities\": {...}}: interfaces and stream counts", &make<DeviceCapabilities>},
+        {"process-info",        TopLevel::Object, "ProcessBasicInfo",    "DeviceCapabilities.h",  "ports of a service process, as under \"rtsp\"", &make<ProcessBasicInfo>},
+        {"product-info",        TopLevel::Object, "TarvikInfo",          "TarvikInfo.h",          "the main-board record, as under \"product-info\"", &make<TarvikInfo>},
+        {"daughter-board",      TopLevel::Object, "DaughterBoard",       "TarvikInfo.h",          "a daughter board, as under \"daughter-card\"", &make<DaughterBoard>},
+        {"temperature",         TopLevel::Object, "SystemTemperature",   "TarvikInfo.h",          "the FPGA temperature, as under \"temperature\"", &make<SystemTemperature>},
+        {"fan-speed",           TopLevel::Object, "FanSpeed",            "TarvikInfo.h",          "the main fan speed, as under \"fan-speed\"", &make<FanSpeed>},
+        {"cpu-load",            TopLevel::Object, "CpuLoadAverage",      "TarvikInfo.h",          "the CPU load averages, as under \"cpu-loadavg\"", &make<CpuLoadAverage>},
+        {"system-error",        TopLevel::Object, "SystemError",         "TarvikInfo.h",          "one system error, an element of \"errors\"", &make<SystemError>},
     };
     // clang-format on
     return kinds;

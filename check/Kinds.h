@@ -15,13 +15,21 @@ namespace zelct {
 // The JSON type a kind's document has at its top level.
 enum class TopLevel { Object, Array };
 
-// A document kind: a class of the library whose JSON form stands alone as a file.
+// A document kind: a class of the library whose JSON form stands alone as a file. Adding a
+// kind is one row of allKinds(); the check, the schemas, the tool's listing and the invariant
+// tests take every kind from there, and tests hold the fuzz targets and the record tests to it
+// (each kind's class is read by the fuzz target of its header, from a seed corpus of its own).
 struct Kind {
     const char* name;
     TopLevel topLevel;
+    const char* className;  // the class that reads and writes it
+    const char* header;     // the public header that declares the class
     const char* description;
     std::unique_ptr<IJsonSerializable> (*make)();  // a default-constructed object
 };
+
+// "DESCRIPTION (CLASS)", as the tool lists a kind.
+std::string describedKind(const Kind& kind);
 
 // Every kind, in the order `zelct kinds` lists them.
 const std::vector<Kind>& allKinds();

@@ -278,9 +278,9 @@ public:
             types.append("null");
             schema["type"] = types;
             schema["description"] =
-                std::string(kind_.description) + ". An object holding nothing is written as null";
+                describedKind(kind_) + ". An object holding nothing is written as null";
         } else {
-            schema["description"] = kind_.description;
+            schema["description"] = describedKind(kind_);
         }
         if (kind_.topLevel == TopLevel::Object) {
             Json::Value& self = schema["properties"]["$schema"];

@@ -30,13 +30,13 @@
 #include "Input.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "ShownLog.h"
 #include "OptionChecks.h"
 #include "Output.h"
 #include "Printer.h"
 #include "Report.h"
 #include "SessionStreamList.h"
 #include "SfpInfo.h"
+#include "ShownLog.h"
 #include "TempDir.h"
 
 using namespace zelct;
@@ -188,15 +188,15 @@ std::unique_ptr<IJsonSerializable> make() {
     return std::make_unique<T>();
 }
 
-const Kind kAddress{"address", TopLevel::Object, "", &make<AddressRecord>};
-const Kind kFormat{"format", TopLevel::Object, "", &make<FormatRecord>};
-const Kind kState{"state", TopLevel::Object, "", &make<StateRecord>};
-const Kind kStreamType{"stream-type", TopLevel::Object, "", &make<StreamTypeRecord>};
-const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
-const Kind kFirstFour{"first-four", TopLevel::Object, "", &make<FirstFourRecord>};
-const Kind kStreams{"session-streams", TopLevel::Array, "", &make<SessionStreamList>};
-const Kind kAlarms{"alarms", TopLevel::Object, "", &make<AlarmManager>};
-const Kind kCounted{"counted", TopLevel::Array, "", &make<CountedList>};
+const Kind kAddress{"address", TopLevel::Object, "", "", "", &make<AddressRecord>};
+const Kind kFormat{"format", TopLevel::Object, "", "", "", &make<FormatRecord>};
+const Kind kState{"state", TopLevel::Object, "", "", "", &make<StateRecord>};
+const Kind kStreamType{"stream-type", TopLevel::Object, "", "", "", &make<StreamTypeRecord>};
+const Kind kSfp{"sfp", TopLevel::Object, "", "", "", &make<SfpInfo>};
+const Kind kFirstFour{"first-four", TopLevel::Object, "", "", "", &make<FirstFourRecord>};
+const Kind kStreams{"session-streams", TopLevel::Array, "", "", "", &make<SessionStreamList>};
+const Kind kAlarms{"alarms", TopLevel::Object, "", "", "", &make<AlarmManager>};
+const Kind kCounted{"counted", TopLevel::Array, "", "", "", &make<CountedList>};
 
 std::vector<std::string> texts(const std::vector<Finding>& findings) {
     std::vector<std::string> lines;

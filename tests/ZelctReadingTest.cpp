@@ -11,9 +11,9 @@
 #include "FileUtil.h"
 #include "JsonText.h"
 #include "Kinds.h"
-#include "ShownLog.h"
 #include "ReadingScan.h"
 #include "SfpInfo.h"
+#include "ShownLog.h"
 #include "SourceText.h"
 #include "TempDir.h"
 
@@ -26,7 +26,7 @@ std::unique_ptr<IJsonSerializable> make() {
     return std::make_unique<T>();
 }
 
-const Kind kSfp{"sfp", TopLevel::Object, "", &make<SfpInfo>};
+const Kind kSfp{"sfp", TopLevel::Object, "", "", "", &make<SfpInfo>};
 
 // A document the SFP record reads back exactly, one member a line.
 const std::string kCleanSfp =

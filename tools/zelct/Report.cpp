@@ -93,7 +93,7 @@ std::string kindsText() {
     for (const Kind& kind : allKinds()) {
         const char* shape = kind.topLevel == TopLevel::Array ? "array " : "object";
         text += kind.name + std::string(width + 2 - std::strlen(kind.name), ' ') + shape + "  " +
-                kind.description + '\n';
+                describedKind(kind) + '\n';
     }
     return text;
 }
@@ -104,7 +104,7 @@ Json::Value kindsJson() {
         Json::Value item(Json::objectValue);
         item["name"] = kind.name;
         item["top-level"] = kind.topLevel == TopLevel::Array ? "array" : "object";
-        item["description"] = kind.description;
+        item["description"] = describedKind(kind);
         array.append(item);
     }
     return array;
