@@ -19,6 +19,9 @@ namespace zelct {
 
 namespace {
 
+// The store's own limits, as a daemon's load without Limits has them.
+constexpr FileMgr::Limits kStoreLimits = {FileMgr::kMaxFileSize, FileMgr::kMaxValues};
+
 using zelcommon::JsonLoad;
 using zelcommon::LoadRefusal;
 
@@ -124,14 +127,14 @@ bool settled(JsonLoad& load, LogRecorder& recorder, LoadedFile& loaded, Outcome&
 bool loadFile(const std::string& path, LoadedFile& loaded, Outcome& failure) {
     LogRecorder recorder;
     JsonLoad load;
-    zelcommon::loadJsonFile(path, FileMgr::kDefaultLimits, load);
+    zelcommon::loadJsonFile(path, kStoreLimits, load);
     return settled(load, recorder, loaded, failure);
 }
 
 bool loadText(const std::string& name, std::string bytes, LoadedFile& loaded, Outcome& failure) {
     LogRecorder recorder;
     JsonLoad load;
-    zelcommon::loadJsonBytes(name, std::move(bytes), FileMgr::kDefaultLimits, load);
+    zelcommon::loadJsonBytes(name, std::move(bytes), kStoreLimits, load);
     return settled(load, recorder, loaded, failure);
 }
 
