@@ -6,3 +6,4 @@ files=$(git ls-files '*.h' '*.cpp' 2>/dev/null || find include src tests tools b
 # shellcheck disable=SC2086
 clang-format --dry-run --Werror $files
 echo "format: $(echo "$files" | wc -w) files clean"
+scripts/check-sizes.sh
