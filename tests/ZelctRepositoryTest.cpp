@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "CheckCommand.h"
 #include "FileKinds.h"
 #include "Glob.h"
 #include "InOrder.h"
@@ -265,6 +266,19 @@ TEST(ZelctWalk, LinkLoopsAndSpecialFilesAreProblemsOfTheirOwn) {
                   dir.file("d/up") + " [a symbolic-link loop: the folder is one it is in]",
                   dir.file("pipe.json") + " [not a regular file (a FIFO)]",
                   dir.file("self.json") + " [a symbolic-link loop]", dir.file("named.txt")}));
+}
+
+// ---- words ----
+
+TEST(ZelctCheckWords, TheFirstWordIsAKindWhenItNamesOne) {
+    const CheckWords named = splitCheckWords({"sfp", "a.json"});
+    EXPECT_TRUE(named.hasKind);
+    EXPECT_EQ(named.kind, "sfp");
+    EXPECT_EQ(named.paths, std::vector<std::string>{"a.json"});
+    EXPECT_FALSE(splitCheckWords({"a.json", "b.json"}).hasKind);
+    EXPECT_TRUE(splitCheckWords({"sytem-info", "a.json"}).hasKind);  // answered as a typo
+    EXPECT_FALSE(splitCheckWords({"devices"}).hasKind);
+    EXPECT_TRUE(splitCheckWords({"sfp"}).paths.empty());
 }
 
 // ---- in order ----

@@ -76,6 +76,9 @@ public:
 
     KindChoice choose(const std::string& path);
 
+    // Whether the command line gave every file its kind.
+    bool givesKind() const { return given_ != nullptr; }
+
 private:
     std::shared_ptr<const Project> projectFor(const std::string& folder);
     std::shared_ptr<const Project> projectIn(const std::string& folder, Project::Source source);

@@ -18,6 +18,7 @@
 
 #include "Catalogues.h"
 #include "Check.h"
+#include "CheckCommand.h"
 #include "Input.h"
 #include "Kinds.h"
 #include "Log.h"
@@ -39,6 +40,7 @@ struct Arguments {
     Format format = Format::Text;
     std::string kind;
     std::vector<std::string> files;
+    CheckOptions check;
     std::string input;
     std::string output;
     bool hasOutput = false;
@@ -77,20 +79,18 @@ int runKinds(const Arguments&, Printer& printer) {
     return 0;
 }
 
+// check's words are KIND and FILE as CLI11 fills them; the first is a kind only when it names one.
+std::vector<std::string> checkWords(const Arguments& args) {
+    std::vector<std::string> words;
+    if (!args.kind.empty()) {
+        words.push_back(args.kind);
+    }
+    words.insert(words.end(), args.files.begin(), args.files.end());
+    return words;
+}
+
 int runCheck(const Arguments& args, Printer& printer) {
-    const Kind* kind = kindOrComplain(args.kind, printer);
-    if (kind == nullptr) {
-        return kUnusable;
-    }
-    int worst = 0;
-    for (const std::string& file : args.files) {
-        worst = std::max(worst, withinMemory(printer, file, [&] {
-                             const Outcome outcome = checkInput(*kind, file, true);
-                             printer.checked(file, *kind, outcome);
-                             return exitCodeOf(outcome.status);
-                         }));
-    }
-    return worst;
+    return runCheckCommand(checkWords(args), args.check, printer);
 }
 
 // Reads the input and writes what the library understood, to OUT or standard output.
@@ -186,16 +186,16 @@ struct CommandLine {
 };
 
 // --format picks how results are written; --json is short for --format json.
-void addFormatOptions(CLI::App* command, Arguments& args) {
+void addFormatOptions(CLI::App* command, Arguments& args, bool forCheck) {
     std::string names;
-    for (const std::string& name : formatNames()) {
+    for (const std::string& name : formatNames(forCheck)) {
         names += (names.empty() ? "" : "|") + name;
     }
     command
         ->add_option_function<std::string>(
             "--format",
-            [&args](const std::string& name) {
-                if (!formatNamed(name, args.format)) {
+            [&args, forCheck](const std::string& name) {
+                if (!formatNamed(name, args.format, forCheck)) {
                     throw CLI::ValidationError("--format", "unknown format '" + name + "'");
                 }
             },
@@ -208,10 +208,39 @@ void addFormatOptions(CLI::App* command, Arguments& args) {
 
 CLI::App* addCommand(CommandLine& line, const char* name, const char* description, Command run) {
     CLI::App* command = line.app.add_subcommand(name, description);
-    addFormatOptions(command, line.args);
+    addFormatOptions(command, line.args, run == &runCheck);
     command->fallthrough();
     line.commands.emplace_back(command, run);
     return command;
+}
+
+void addCheckOptions(CLI::App* check, Arguments& args) {
+    check->add_option("KIND", args.kind,
+                      "Document kind of every FILE (see zelct kinds); without it, each file's "
+                      "kind comes from its \"$schema\" or the nearest .zelct.json");
+    check->add_option("FILE", args.files,
+                      "JSON documents to check, or folders to check the *.json files of (- for "
+                      "standard input)");
+    check->callback([&args] {
+        if (splitCheckWords(checkWords(args)).paths.empty()) {
+            throw CLI::RequiredError("FILE");
+        }
+    });
+    CheckOptions& options = args.check;
+    check->add_option("--kind", options.kind, "Document kind of every file, folders walked")
+        ->type_name("KIND");
+    check->add_flag("--list-files", options.listFiles,
+                    "Print each file, its kind and what chose it; check nothing");
+    check
+        ->add_option("--exclude", options.excludes,
+                     "Leave out of folders what matches GLOB (a name, or a path with /; "
+                     "repeatable)")
+        ->type_name("GLOB")
+        ->allow_extra_args(false);
+    check->add_option("-j,--jobs", options.jobs, "Files checked at once (default: one a core)")
+        ->type_name("N")
+        ->check(atLeastOne());
+    check->add_flag("--no-time", options.noTime, "Leave the time out of the summary");
 }
 
 void defineCommands(CommandLine& line) {
@@ -223,14 +252,12 @@ void defineCommands(CommandLine& line) {
 
     addCommand(line, "kinds", "List the document kinds, one a line", &runKinds);
 
-    CLI::App* check = addCommand(
-        line, "check",
-        "Read each FILE as KIND and report, one finding a line, what the library drops, "
-        "changes or adds. Exit 0: understood exactly; 1: findings; 2: a file cannot be used",
-        &runCheck);
-    check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
-    check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
-        ->required();
+    addCheckOptions(addCommand(line, "check",
+                               "Read each FILE as KIND and report, one finding a line, what the "
+                               "library drops, changes or adds. Exit 0: understood exactly; 1: "
+                               "findings; 2: a file cannot be used",
+                               &runCheck),
+                    args);
 
     CLI::App* normalize = addCommand(
         line, "normalize", "Write what the library understands from IN, as it would store it",
@@ -320,9 +347,9 @@ Format requestedFormat(int argc, char** argv) {
         if (word == "--json") {
             format = Format::Json;
         } else if (word == "--format" && i + 1 < argc) {
-            formatNamed(argv[i + 1], format);
+            formatNamed(argv[i + 1], format, true);
         } else if (word.compare(0, 9, "--format=") == 0) {
-            formatNamed(word.substr(9), format);
+            formatNamed(word.substr(9), format, true);
         }
     }
     return format;
