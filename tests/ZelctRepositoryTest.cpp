@@ -219,6 +219,17 @@ TEST(ZelctFileKinds, EditorSettingsOnlyWithoutAProjectFile) {
     EXPECT_EQ(later.choose(dir.file("d/e.json")).kind, nullptr);
 }
 
+TEST(ZelctFileKinds, AMappingIsNoDocumentOfItsOwn) {
+    TempDir dir;
+    write(dir.file(".zelct.json"), "{\"kinds\": {\"**/*.json\": \"eth\"}}");
+    write(dir.file(".vscode/settings.json"), "{}");
+    write(dir.file("e.json"), "{}");
+    KindChooser chooser(nullptr, KindChoice::Rule::None);
+    EXPECT_STREQ(chooser.choose(dir.file("e.json")).kind->name, "eth");
+    EXPECT_EQ(chooser.choose(dir.file(".zelct.json")).kind, nullptr);
+    EXPECT_EQ(chooser.choose(dir.file(".vscode/settings.json")).kind, nullptr);
+}
+
 TEST(ZelctFileKinds, NeverWaitsOnAFifo) {
     TempDir dir;
     const std::string fifo = dir.file("f.json");

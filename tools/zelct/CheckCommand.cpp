@@ -47,13 +47,23 @@ struct Checked {
     Outcome outcome;
     bool checked = false;
     bool outOfMemory = false;
-    Problem problem;  // when not checked
+    bool skipped = false;  // no rule gives it a kind, and it was asked to be left out
+    Problem problem;       // when not checked
 };
 
 // Reading standard input twice at once would split it between the two.
 std::mutex standardInput;
 
-Checked checkOne(const FoundPath& found, KindChooser& chooser) {
+// Whether a file without a kind is one that no rule maps, rather than one that cannot be read or
+// whose project file cannot be used, which are problems whatever is asked.
+bool unmapped(const KindChoice& choice) {
+    if (choice.project != nullptr) {
+        return choice.project->problem.message.empty();
+    }
+    return choice.readError.empty();
+}
+
+Checked checkOne(const FoundPath& found, KindChooser& chooser, bool skipUnmapped) {
     Checked item;
     if (!found.problem.empty()) {
         item.problem = {found.path, 0, 0, found.problem, kUnusable};
@@ -69,6 +79,7 @@ Checked checkOne(const FoundPath& found, KindChooser& chooser) {
         }
         item.choice = chooser.choose(found.path);
         if (item.choice.kind == nullptr) {
+            item.skipped = skipUnmapped && unmapped(item.choice);
             const bool unread = item.choice.project == nullptr && !item.choice.readError.empty();
             item.problem = {
                 found.path, 0, 0,
@@ -96,6 +107,9 @@ public:
 
     void print(const std::string& path, Checked& item) {
         reportProject(item.choice);
+        if (item.skipped) {
+            return;
+        }
         if (item.outOfMemory) {
             printer_.problem({path, 0, 0, "out of memory", kUnusable});
             add(Outcome::Status::Unusable);
@@ -254,7 +268,7 @@ int runCheckCommand(const std::vector<std::string>& words, const CheckOptions& o
     Tally tally(printer);
     runInOrder<Checked>(
         walked.paths.size(), options.jobs == 0 ? cores : options.jobs,
-        [&](size_t i) { return checkOne(walked.paths[i], chooser); },
+        [&](size_t i) { return checkOne(walked.paths[i], chooser, options.skipUnmapped); },
         [&](size_t i, Checked& item) { tally.print(walked.paths[i].path, item); });
     if (repository) {
         CheckSummary summary = tally.summary();

@@ -14,6 +14,7 @@ struct CheckOptions {
     unsigned jobs = 0;                  // -j: files checked at once; 0 for one a core
     bool listFiles = false;             // --list-files: each file's kind, and no check
     bool noTime = false;                // --no-time: the summary without its time
+    bool skipUnmapped = false;          // --skip-unmapped: files no rule gives a kind are left out
 };
 
 // Check's words: a kind first when the first word names one, then paths. A first word that

@@ -165,6 +165,11 @@ void readEditorSettings(const OrderedValue& root, Project& project) {
     }
 }
 
+bool isMapping(const fs::path& path) {
+    return path.filename() == kProjectFile ||
+           (path.filename() == "settings.json" && path.parent_path().filename() == ".vscode");
+}
+
 // An editor matches "/a/*.json" from the workspace's folder and "a/*.json" in any folder.
 std::string editorPattern(const std::string& pattern) {
     return pattern[0] == '/' ? pattern.substr(1) : "**/" + pattern;
@@ -334,6 +339,9 @@ KindChoice KindChooser::choose(const std::string& path) {
     }
     std::error_code error;
     const fs::path absolute = fs::absolute(path, error).lexically_normal();
+    if (isMapping(absolute)) {
+        return choice;  // a mapping is never one of the documents it maps, whatever it matches
+    }
     choice.project = projectFor(absolute.parent_path().string());
     if (choice.project == nullptr || !choice.project->problem.message.empty()) {
         return choice;

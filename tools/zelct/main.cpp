@@ -241,6 +241,8 @@ void addCheckOptions(CLI::App* check, Arguments& args) {
         ->type_name("N")
         ->check(atLeastOne());
     check->add_flag("--no-time", options.noTime, "Leave the time out of the summary");
+    check->add_flag("--skip-unmapped", options.skipUnmapped,
+                    "Leave out files that no rule gives a kind (a hook given every JSON file)");
 }
 
 void defineCommands(CommandLine& line) {
