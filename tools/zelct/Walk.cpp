@@ -45,8 +45,8 @@ public:
 
 private:
     bool excluded(const std::string& path, const std::string& name) const {
-        const std::string below =
-            path.size() > root_.size() + 1 ? path.substr(root_.size() + 1) : std::string();
+        const size_t start = root_ == "/" ? 1 : root_.size() + 1;  // past the root and its "/"
+        const std::string below = path.size() > start ? path.substr(start) : std::string();
         for (const std::string& pattern : options_.excludes) {
             const bool byName = pattern.find('/') == std::string::npos;
             if (byName ? globMatches(pattern, name)
