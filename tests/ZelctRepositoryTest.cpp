@@ -2,7 +2,9 @@
 // read in, the kinds chosen for files, the walk through folders, and checks run on several
 // threads handed back in order.
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -277,6 +279,39 @@ TEST(ZelctWalk, LinkLoopsAndSpecialFilesAreProblemsOfTheirOwn) {
                   dir.file("d/up") + " [a symbolic-link loop: the folder is one it is in]",
                   dir.file("pipe.json") + " [not a regular file (a FIFO)]",
                   dir.file("self.json") + " [a symbolic-link loop]", dir.file("named.txt")}));
+}
+
+TEST(ZelctWalk, ASocketNamedLikeADocumentIsNeverOpened) {
+    TempDir dir;
+    const std::string path = dir.file("s.json");
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_GE(fd, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    path.copy(address.sun_path, path.size());
+    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const Walked walked = walkPaths({dir.path()}, WalkOptions{});
+    ::close(fd);
+    EXPECT_EQ(pathsOf(walked),
+              (std::vector<std::string>{path + " [not a regular file (a socket)]"}));
+}
+
+// Root reads every folder; the suite runs again as nobody (scripts/test.sh), where it counts.
+TEST(ZelctWalk, AFolderThatCannotBeReadIsAProblemOfItsOwn) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root reads every folder";
+    }
+    TempDir dir;
+    write(dir.file("closed/a.json"), "{}");
+    write(dir.file("open/b.json"), "{}");
+    ASSERT_EQ(::chmod(dir.file("closed").c_str(), 0), 0);
+    const Walked walked = walkPaths({dir.path()}, WalkOptions{});
+    ::chmod(dir.file("closed").c_str(), 0700);
+    EXPECT_EQ(pathsOf(walked),
+              (std::vector<std::string>{
+                  dir.file("closed") + " [cannot read the folder: Permission denied]",
+                  dir.file("open/b.json")}));
 }
 
 // ---- words ----
