@@ -63,6 +63,29 @@ bool unmapped(const KindChoice& choice) {
     return choice.readError.empty();
 }
 
+// Standard input has no path a project maps: its kind is the command line's or its "$schema".
+Checked checkStandardInput(const KindChooser& chooser) {
+    Checked item;
+    const std::lock_guard<std::mutex> lock(standardInput);
+    StandardInputFile input;
+    std::string error;
+    if (!input.copy(error)) {
+        item.problem = {kStandardInput, 0, 0, error, kUnusable};
+        return item;
+    }
+    item.choice = chooser.bySchema(input.path());
+    if (item.choice.kind == nullptr) {
+        item.problem = {kStandardInput, 0, 0,
+                        "no kind: name it (zelct check KIND -, or --kind KIND) or give the "
+                        "document a \"$schema\" naming a kind's schema",
+                        kUnusable};
+        return item;
+    }
+    item.outcome = checkCopiedInput(*item.choice.kind, input, true);
+    item.checked = true;
+    return item;
+}
+
 Checked checkOne(const FoundPath& found, KindChooser& chooser, bool skipUnmapped) {
     Checked item;
     if (!found.problem.empty()) {
@@ -71,11 +94,7 @@ Checked checkOne(const FoundPath& found, KindChooser& chooser, bool skipUnmapped
     }
     try {
         if (found.path == kStandardInput && !chooser.givesKind()) {
-            item.problem = {found.path, 0, 0,
-                            "no kind: standard input has no path to map; name its kind (zelct "
-                            "check KIND -, or --kind KIND)",
-                            kUnusable};
-            return item;
+            return checkStandardInput(chooser);
         }
         item.choice = chooser.choose(found.path);
         if (item.choice.kind == nullptr) {
@@ -168,6 +187,12 @@ Json::Value choiceJson(const std::string& path, const KindChoice& choice) {
     return json;
 }
 
+KindChoice standardInputKind(const KindChooser& chooser) {
+    StandardInputFile input;
+    std::string error;
+    return input.copy(error) ? chooser.bySchema(input.path()) : KindChoice();
+}
+
 // A project file that cannot be used, listed once before the first file it leaves without a
 // kind.
 void listProject(const KindChoice& choice, std::set<std::string>& listed, Json::Value& json,
@@ -204,7 +229,9 @@ int listFiles(const std::vector<FoundPath>& found, KindChooser& chooser, Printer
             exit = kUnusable;
             continue;
         }
-        const KindChoice choice = chooser.choose(path.path);
+        const KindChoice choice = path.path == kStandardInput && !chooser.givesKind()
+                                      ? standardInputKind(chooser)
+                                      : chooser.choose(path.path);
         listProject(choice, listed, json, text);
         json.append(choiceJson(path.path, choice));
         if (choice.kind == nullptr) {

@@ -321,21 +321,27 @@ std::shared_ptr<const Project> KindChooser::projectFor(const std::string& folder
     return project != nullptr ? project : projectIn(folder, Project::Source::EditorSettings);
 }
 
-KindChoice KindChooser::choose(const std::string& path) {
+KindChoice KindChooser::bySchema(const std::string& path) const {
     KindChoice choice;
-    if (given_ != nullptr) {
-        choice.rule = givenRule_;
-        choice.kind = given_;
-        return choice;
-    }
     std::string text;
     if (readText(path, text, choice.readError)) {
         choice.schema = schemaMember(text);
         choice.kind = kindOfSchema(choice.schema);
-        if (choice.kind != nullptr) {
-            choice.rule = KindChoice::Rule::SchemaMember;
-            return choice;
-        }
+        choice.rule = choice.kind != nullptr ? KindChoice::Rule::SchemaMember : choice.rule;
+    }
+    return choice;
+}
+
+KindChoice KindChooser::choose(const std::string& path) {
+    if (given_ != nullptr) {
+        KindChoice choice;
+        choice.rule = givenRule_;
+        choice.kind = given_;
+        return choice;
+    }
+    KindChoice choice = bySchema(path);
+    if (choice.kind != nullptr) {
+        return choice;
     }
     std::error_code error;
     const fs::path absolute = fs::absolute(path, error).lexically_normal();

@@ -76,6 +76,10 @@ public:
 
     KindChoice choose(const std::string& path);
 
+    // The kind of the document's "$schema" alone, for a file that has no place of its own in
+    // a repository (the copy of standard input).
+    KindChoice bySchema(const std::string& path) const;
+
     // Whether the command line gave every file its kind.
     bool givesKind() const { return given_ != nullptr; }
 
