@@ -17,6 +17,12 @@ cp inputs/sfp-control-bytes.json "$tree/$(printf 'a]]>b<c&d"e.json')"
 cp inputs/sfp-findings.json "$tree/$(printf "q'\x01\x1b[2J\xff.json")"
 printf '{"vendor": "x\\u0000y", "present": true}\0{"after": "the NUL"}' >"$tree/$(printf 'nul\tname.json')"
 printf '{"present": tru' >"$tree/$(printf 'broken\x7f.json')"
+cp inputs/sfp-clean.json "$tree/$(printf 'new\nevil.json: sfp (forged)\nline.json')"
+
+# A newline in a name never starts a line of its own in the list of files either.
+"${emulator[@]}" "$tool" check --list-files "$tree" >"$scratch/list"
+[ "$(wc -l <"$scratch/list")" -eq 5 ] || { echo "--list-files: not one line a file:"; cat "$scratch/list"; exit 1; }
+grep -Fq 'new\nevil.json: sfp (forged)\nline.json: sfp (' "$scratch/list" || { echo "--list-files: the name is not escaped:"; cat "$scratch/list"; exit 1; }
 
 set +e
 "${emulator[@]}" "$tool" check --format junit --no-time "$tree" >"$scratch/report.xml" 2>"$scratch/stderr"
@@ -33,9 +39,10 @@ import xml.etree.ElementTree as ET
 report, tree = sys.argv[1], sys.argv[2]
 suite = ET.parse(report).getroot().find("testsuite")
 cases = {case.get("name")[len(tree) + 1:]: case for case in suite.findall("testcase")}
-expected = {'a]]>b<c&d"e.json', "q'\\x01\\x1b[2J\\xff.json", "nul\\tname.json", "broken\\x7f.json"}
+expected = {'a]]>b<c&d"e.json', "q'\\x01\\x1b[2J\\xff.json", "nul\\tname.json", "broken\\x7f.json",
+            "new\\nevil.json: sfp (forged)\\nline.json"}
 assert set(cases) == expected, sorted(cases)
-assert suite.get("tests") == "4" and suite.get("errors") == "1", suite.attrib
+assert suite.get("tests") == "5" and suite.get("errors") == "1", suite.attrib
 assert all(case.get("classname") == "sfp" for case in cases.values())
 forged = cases["q'\\x01\\x1b[2J\\xff.json"].findall("failure")
 assert {f.get("type") for f in forged} >= {"dropped", "changed", "added"}, forged
@@ -45,5 +52,5 @@ assert any(f.get("type") == "after-nul" for f in nul), [f.attrib for f in nul]
 assert any(f.get("type") == "nul-in-string" for f in nul), [f.attrib for f in nul]
 broken = cases["broken\\x7f.json"].find("error")
 assert broken is not None and broken.text.startswith(tree + "/broken\\x7f.json:1:"), broken
-print("junit-well-formed: 4 hostile files, a well-formed report")
+print("junit-well-formed: 5 hostile files, a well-formed report")
 PY

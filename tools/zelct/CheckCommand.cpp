@@ -13,6 +13,7 @@
 #include "FileKinds.h"
 #include "InOrder.h"
 #include "Input.h"
+#include "SafeText.h"
 #include "Walk.h"
 
 namespace zelct {
@@ -187,6 +188,12 @@ Json::Value choiceJson(const std::string& path, const KindChoice& choice) {
     return json;
 }
 
+// One line of the list, escaped before it is split into lines: a newline in a file name
+// must not start a line of its own.
+std::string listLine(const std::string& text) {
+    return escapedForTerminal(text) + '\n';
+}
+
 KindChoice standardInputKind(const KindChooser& chooser) {
     StandardInputFile input;
     std::string error;
@@ -210,7 +217,8 @@ void listProject(const KindChoice& choice, std::set<std::string>& listed, Json::
         item["column"] = problem.column;
     }
     json.append(item);
-    text += placeText(problem.file, problem.line, problem.column) + ": " + problem.message + '\n';
+    text +=
+        listLine(placeText(problem.file, problem.line, problem.column) + ": " + problem.message);
 }
 
 // --list-files: each file, its kind and what chose it; nothing is checked.
@@ -225,7 +233,7 @@ int listFiles(const std::vector<FoundPath>& found, KindChooser& chooser, Printer
             item["file"] = path.path;
             item["error"] = path.problem;
             json.append(item);
-            text += path.path + ": " + path.problem + '\n';
+            text += listLine(path.path + ": " + path.problem);
             exit = kUnusable;
             continue;
         }
@@ -235,10 +243,10 @@ int listFiles(const std::vector<FoundPath>& found, KindChooser& chooser, Printer
         listProject(choice, listed, json, text);
         json.append(choiceJson(path.path, choice));
         if (choice.kind == nullptr) {
-            text += path.path + ": " + noKindText(choice) + '\n';
+            text += listLine(path.path + ": " + noKindText(choice));
             exit = kUnusable;
         } else {
-            text += path.path + ": " + choice.kind->name + " (" + ruleText(choice) + ")\n";
+            text += listLine(path.path + ": " + choice.kind->name + " (" + ruleText(choice) + ")");
         }
     }
     printer.result(json, text);
