@@ -84,6 +84,8 @@ TEST(ZelctOrderedJson, KeepsTheMembersInTheOrderWritten) {
     EXPECT_EQ(parse.value.members[2].second.elements.size(), 2u);
     EXPECT_EQ(parse.value.members[1].second.line, 1);
     EXPECT_EQ(parse.value.members[1].second.column, 15);
+    EXPECT_EQ(parse.value.members[1].second.nameLine, 1);
+    EXPECT_EQ(parse.value.members[1].second.nameColumn, 10);
 }
 
 TEST(ZelctOrderedJson, SaysWhereTheTextGoesWrong) {
@@ -151,6 +153,8 @@ TEST(ZelctFileKinds, AProjectFileKeepsItsPatternsInTheOrderWritten) {
     EXPECT_EQ(project.entries[0][0].pattern, "z/*.json");
     EXPECT_STREQ(project.entries[0][1].kind->name, "eth");
     EXPECT_EQ(project.entries[0][2].pattern, "m/**");
+    EXPECT_EQ(project.entries[0][1].line, 1);
+    EXPECT_EQ(project.entries[0][1].column, 31);  // at the pattern, where an editor jumps
 }
 
 TEST(ZelctFileKinds, AProjectFileThatCannotBeUsedSaysWhere) {

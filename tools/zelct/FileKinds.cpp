@@ -119,7 +119,7 @@ void readProjectFile(const OrderedValue& root, Project& project) {
             return;
         }
         project.entries.back().push_back(
-            {member.first, kind, member.second.line, member.second.column, false});
+            {member.first, kind, member.second.nameLine, member.second.nameColumn, false});
     }
 }
 

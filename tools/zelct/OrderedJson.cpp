@@ -199,11 +199,15 @@ private:
             if (peek() != '"') {
                 fail("expected a member name in double quotes");
             }
+            const int nameLine = line_;
+            const int nameColumn = column();
             std::string name = string();
             space();
             expect(':', "':' after a member name");
             space();
             value.members.emplace_back(std::move(name), this->value(depth + 1));
+            value.members.back().second.nameLine = nameLine;
+            value.members.back().second.nameColumn = nameColumn;
         } while (more('}'));
     }
 

@@ -18,6 +18,8 @@ struct OrderedValue {
     std::vector<OrderedValue> elements;
     int line = 0;
     int column = 0;
+    int nameLine = 0;  // a member's: where its name is written
+    int nameColumn = 0;
 
     // The last member of that name (as the device's parser keeps it), or nullptr.
     const OrderedValue* member(const std::string& name) const;
