@@ -270,7 +270,7 @@ TEST(ZelctWalk, ExcludesByPathBelowTheFolderGiven) {
     EXPECT_EQ(pathsOf(walked), (std::vector<std::string>{dir.file("d/b/x.json")}));
 }
 
-TEST(ZelctWalk, LinkLoopsAndSpecialFilesAreProblemsOfTheirOwn) {
+TEST(ZelctWalk, LinkLoopsAndFifosAreProblemsOfTheirOwn) {
     TempDir dir;
     write(dir.file("d/a.json"), "{}");
     ASSERT_EQ(::symlink("..", dir.file("d/up").c_str()), 0);

@@ -28,10 +28,10 @@ for format in text json sarif github junit; do
         read -r -a args <<<"$words"
         run one check --format "$format" --no-time -j 1 "${args[@]}"
         run four check --format "$format" --no-time -j 4 "${args[@]}"
-        for part in out err exit; do
-            if ! cmp -s "$scratch/one.$part" "$scratch/four.$part"; then
-                echo "check --format $format $words: -j 4 writes another std$part than -j 1:"
-                diff "$scratch/one.$part" "$scratch/four.$part" | head -20
+        for stream in out err exit; do
+            if ! cmp -s "$scratch/one.$stream" "$scratch/four.$stream"; then
+                echo "check --format $format $words: -j 4 writes another std$stream than -j 1:"
+                diff "$scratch/one.$stream" "$scratch/four.$stream" | head -20
                 exit 1
             fi
         done

@@ -20,7 +20,7 @@ bool hasJsonName(const std::string& name) {
     return name.size() > 5 && name.compare(name.size() - 5, 5, ".json") == 0;
 }
 
-std::string kindOfSpecial(mode_t mode) {
+std::string nonRegularKind(mode_t mode) {
     if (S_ISFIFO(mode)) {
         return "a FIFO";
     }
@@ -116,7 +116,7 @@ private:
             if (S_ISREG(info.st_mode)) {
                 walked_.paths.push_back({path, ""});
             } else {
-                problem(path, "not a regular file (" + kindOfSpecial(info.st_mode) + ")");
+                problem(path, "not a regular file (" + nonRegularKind(info.st_mode) + ")");
             }
         }
     }
