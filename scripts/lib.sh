@@ -24,7 +24,7 @@ ensure_packages() {
 
 # The packages every build of the project needs.
 BASE_PACKAGES=(cmake g++ ninja-build pkg-config libjsoncpp-dev libgtest-dev libgmock-dev
-               clang-format libcli11-dev python3 python3-jsonschema help2man)
+               clang-format libcli11-dev python3 python3-jsonschema help2man pre-commit)
 
 # What checking the Debian packages, the ABI and the manual pages adds: Debian's package
 # checker, dpkg-shlibdeps, libabigail's abidw and abidiff, man with groff to render pages, and

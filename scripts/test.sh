@@ -41,7 +41,7 @@ unprivileged_suites() {
         return 0
     fi
     local as_nobody=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
-    for suite in FileMgrTest ZelctOutputTest; do
+    for suite in FileMgrTest ZelctOutputTest ZelctRepositoryTest; do
         if ! "${as_nobody[@]}" test -x "$folder/$suite"; then
             echo "unprivileged run: nobody cannot reach $folder/$suite; skipped"
             continue

@@ -10,6 +10,9 @@
 #   stdin    (optional) what the command reads on standard input; without it, nothing
 #   stdout-to (optional) a path, such as /dev/full, that standard output is written to
 #            instead of being compared; `stdout` is then empty
+#   setup    (optional) a shell script run first in an empty folder, with this folder of cases
+#            as its argument, to make there what git cannot hold (a FIFO, a .git folder); the
+#            command then runs in that folder
 # When the arguments hold --json, standard output must also parse as JSON.
 #
 # Called with -DTOOL, -DEMULATOR ("|"-separated, may be empty), -DCASE_DIR, -DWORK_DIR and
@@ -25,6 +28,17 @@ string(STRIP "${command_line}" command_line)
 string(REPLACE "@OUT@" "${scratch_file}" command_line "${command_line}")
 separate_arguments(arguments UNIX_COMMAND "${command_line}")
 string(REPLACE "|" ";" emulator "${EMULATOR}")
+
+if(EXISTS "${CASE_DIR}/setup")
+    set(tree "${SCRATCH_DIR}/tree")
+    file(MAKE_DIRECTORY "${tree}")
+    execute_process(COMMAND sh "${CASE_DIR}/setup" "${WORK_DIR}"
+        WORKING_DIRECTORY "${tree}" RESULT_VARIABLE setup_exit)
+    if(NOT setup_exit EQUAL 0)
+        message(FATAL_ERROR "${CASE_DIR}/setup: exit ${setup_exit}")
+    endif()
+    set(WORK_DIR "${tree}")
+endif()
 
 set(input_file /dev/null)
 if(EXISTS "${CASE_DIR}/stdin")

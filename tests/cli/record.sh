@@ -20,13 +20,20 @@ for case in "${cases[@]}"; do
     rm -f "$scratch/written.json"
     eval "args=($line)"
     input=/dev/null
-    [ -f "$case/stdin" ] && input="$case/stdin"
-    output="$case/stdout"
+    [ -f "$case/stdin" ] && input="$PWD/$case/stdin"
+    output="$PWD/$case/stdout"
     [ -f "$case/stdout-to" ] && output=$(<"$case/stdout-to") && : >"$case/stdout"
+    here=$PWD
+    rm -rf "$scratch/tree" && mkdir "$scratch/tree"
+    if [ -f "$case/setup" ]; then
+        (cd "$scratch/tree" && sh "$here/$case/setup" "$here")
+        cd "$scratch/tree"
+    fi
     set +e
-    "${emulator[@]}" "$tool" "${args[@]}" <"$input" >"$output" 2>"$case/stderr"
-    echo $? >"$case/exit"
+    "${emulator[@]}" "$tool" "${args[@]}" <"$input" >"$output" 2>"$here/$case/stderr"
+    echo $? >"$here/$case/exit"
     set -e
+    cd "$here"
     if [ -f "$case/written" ]; then
         cp "$scratch/written.json" "$case/written" 2>/dev/null || printf '%s' "(no file written)" >"$case/written"
     fi

@@ -165,6 +165,21 @@ public:
         out_.flush();
     }
 
+    void unchecked(const std::string& file, const Problem& problem) override {
+        err_ << inert(problemLine(problem)) << '\n';
+        out_ << annotation("error", file, problem.line, problem.column, "zelct: unusable",
+                           problem.message)
+             << '\n';
+        out_.flush();
+    }
+
+    void summary(const CheckSummary& summary, bool line) override {
+        if (line) {
+            out_.flush();
+            err_ << inert(summaryText(summary)) << '\n';
+        }
+    }
+
     void result(const Json::Value& json, const std::string& text) override {
         text_->result(json, text);
         passText(&inert);

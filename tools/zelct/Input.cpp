@@ -151,6 +151,10 @@ Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings)
         outcome.problem = error;
         return outcome;
     }
+    return checkCopiedInput(kind, input, withFindings);
+}
+
+Outcome checkCopiedInput(const Kind& kind, const StandardInputFile& input, bool withFindings) {
     Outcome outcome = checkFile(kind, input.path(), withFindings);
     for (LogLine& line : outcome.log) {
         for (size_t at = line.text.find(input.path()); at != std::string::npos;

@@ -35,6 +35,10 @@ private:
 // the temporary file's name is taken out of what the library logs about it.
 Outcome checkInput(const Kind& kind, const std::string& name, bool withFindings);
 
+// Checks the copy of standard input as checkFile does, with "-" for the copy's name in what
+// the library logs.
+Outcome checkCopiedInput(const Kind& kind, const StandardInputFile& input, bool withFindings);
+
 // Runs one file's step of a command (`step` returns its exit code). Running out of memory
 // on the way says nothing about the file, and is no finding or reading failure of it: it is
 // reported as what it is, "FILE: out of memory", with exit code 2, once the step's memory has

@@ -23,6 +23,28 @@ public:
         files_.append(outcomeJson(file, kind, outcome));
     }
 
+    void unchecked(const std::string& file, const Problem& problem) override {
+        Printer::unchecked(file, problem);
+        Json::Value json(Json::objectValue);
+        json["file"] = file;
+        json["kind"] = Json::Value();
+        json["result"] = "unusable";
+        json["exit"] = problem.exit;
+        json["error"] = problem.message;
+        if (problem.line > 0) {
+            json["line"] = problem.line;
+            json["column"] = problem.column;
+        }
+        files_.append(json);
+    }
+
+    // A check of a repository writes {"files": [...], "summary": {...}}; the check of files of
+    // one kind named on the command line keeps the plain array that scripts already read.
+    void summary(const CheckSummary& summary, bool line) override {
+        Printer::summary(summary, line);
+        summary_ = summaryJson(summary);
+    }
+
     void result(const Json::Value& json, const std::string&) override {
         result_ = json;
         hasResult_ = true;
@@ -54,6 +76,11 @@ public:
             document["exit"] = exit;
         } else if (hasResult_) {
             document = result_;
+        } else if (!summary_.isNull()) {
+            Json::Value files = std::move(document);
+            document = Json::Value(Json::objectValue);
+            document["files"] = std::move(files);
+            document["summary"] = summary_;
         }
         out_ << indentedJson(withValidUtf8(document));
         return Printer::finish(exit);
@@ -64,6 +91,7 @@ private:
     Json::Value result_;
     bool hasResult_ = false;
     Json::Value error_;
+    Json::Value summary_;
 };
 
 }  // namespace

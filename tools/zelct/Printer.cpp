@@ -1,6 +1,7 @@
 #include "Printer.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "SafeText.h"
@@ -12,6 +13,7 @@ std::unique_ptr<Printer> makeTextPrinter(std::ostream& out, std::ostream& err);
 std::unique_ptr<Printer> makeJsonPrinter(std::ostream& out, std::ostream& err);
 std::unique_ptr<Printer> makeSarifPrinter(std::ostream& out, std::ostream& err);
 std::unique_ptr<Printer> makeGithubPrinter(std::ostream& out, std::ostream& err);
+std::unique_ptr<Printer> makeJunitPrinter(std::ostream& out, std::ostream& err);
 
 namespace {
 
@@ -19,33 +21,34 @@ struct FormatRow {
     const char* name;
     Format format;
     std::unique_ptr<Printer> (*make)(std::ostream& out, std::ostream& err);
+    bool checkOnly;
 };
 
 // clang-format off
 const FormatRow kFormats[] = {
-    {"text",   Format::Text,   &makeTextPrinter},
-    {"json",   Format::Json,   &makeJsonPrinter},
-    {"sarif",  Format::Sarif,  &makeSarifPrinter},
-    {"github", Format::Github, &makeGithubPrinter},
+    {"text",   Format::Text,   &makeTextPrinter,   false},
+    {"json",   Format::Json,   &makeJsonPrinter,   false},
+    {"sarif",  Format::Sarif,  &makeSarifPrinter,  false},
+    {"github", Format::Github, &makeGithubPrinter, false},
+    {"junit",  Format::Junit,  &makeJunitPrinter,  true},
 };
 // clang-format on
 
 }  // namespace
 
-const std::vector<std::string>& formatNames() {
-    static const std::vector<std::string> names = [] {
-        std::vector<std::string> all;
-        for (const FormatRow& row : kFormats) {
-            all.emplace_back(row.name);
+std::vector<std::string> formatNames(bool forCheck) {
+    std::vector<std::string> names;
+    for (const FormatRow& row : kFormats) {
+        if (forCheck || !row.checkOnly) {
+            names.emplace_back(row.name);
         }
-        return all;
-    }();
+    }
     return names;
 }
 
-bool formatNamed(const std::string& name, Format& format) {
+bool formatNamed(const std::string& name, Format& format, bool forCheck) {
     for (const FormatRow& row : kFormats) {
-        if (name == row.name) {
+        if (name == row.name && (forCheck || !row.checkOnly)) {
             format = row.format;
             return true;
         }
@@ -67,6 +70,42 @@ std::string placeText(const std::string& file, int line, int column) {
         return file;
     }
     return file + ":" + std::to_string(line) + ":" + std::to_string(column);
+}
+
+std::string summaryText(const CheckSummary& summary) {
+    std::string text =
+        std::to_string(summary.files) + (summary.files == 1 ? " file: " : " files: ") +
+        std::to_string(summary.exact) + " understood exactly, " + std::to_string(summary.findings) +
+        " with findings, " + std::to_string(summary.unusable) + " unusable";
+    if (summary.timed) {
+        char seconds[32];
+        std::snprintf(seconds, sizeof seconds, "; %.1f s", summary.seconds);
+        text += seconds;
+    }
+    return text;
+}
+
+Json::Value summaryJson(const CheckSummary& summary) {
+    Json::Value json(Json::objectValue);
+    json["files"] = static_cast<Json::LargestUInt>(summary.files);
+    json["exact"] = static_cast<Json::LargestUInt>(summary.exact);
+    json["findings"] = static_cast<Json::LargestUInt>(summary.findings);
+    json["unusable"] = static_cast<Json::LargestUInt>(summary.unusable);
+    if (summary.timed) {
+        json["seconds"] = summary.seconds;
+    }
+    return json;
+}
+
+void Printer::unchecked(const std::string& file, const Problem& problem) {
+    Printer::problem({file, problem.line, problem.column, problem.message, problem.exit});
+}
+
+void Printer::summary(const CheckSummary& summary, bool line) {
+    if (line) {
+        out_.flush();
+        err_ << summaryText(summary) << '\n';
+    }
 }
 
 std::string Printer::problemLine(const Problem& problem) {

@@ -15,13 +15,14 @@ namespace zelct {
 
 // How results are written on standard output. Log lines and problems are text on standard
 // error in every format.
-enum class Format { Text, Json, Sarif, Github };
+enum class Format { Text, Json, Sarif, Github, Junit };
 
-// The names of --format, in the order the help lists them.
-const std::vector<std::string>& formatNames();
+// The names of --format, in the order the help lists them; with `forCheck`, also those only
+// check writes (junit: test reports have no place for a catalogue).
+std::vector<std::string> formatNames(bool forCheck = false);
 
 // The format of that name; false for an unknown one.
-bool formatNamed(const std::string& name, Format& format);
+bool formatNamed(const std::string& name, Format& format, bool forCheck = false);
 
 // Something a command cannot do: an argument it cannot use, a file it cannot read or write,
 // a value the library refuses. `file` is empty when the problem is not about one file.
@@ -32,6 +33,22 @@ struct Problem {
     std::string message;
     int exit = 2;
 };
+
+// The totals of a check over a repository of documents.
+struct CheckSummary {
+    size_t files = 0;
+    size_t exact = 0;
+    size_t findings = 0;
+    size_t unusable = 0;
+    bool timed = false;  // whether `seconds` is shown; a comparison of runs leaves it out
+    double seconds = 0;
+};
+
+// "12 files: 9 understood exactly, 2 with findings, 1 unusable; 2.1 s".
+std::string summaryText(const CheckSummary& summary);
+
+// {"files", "exact", "findings", "unusable"} and "seconds" when timed.
+Json::Value summaryJson(const CheckSummary& summary);
 
 // Everything a command prints goes through one printer, so that each output format is
 // written in one place and a new format is one more implementation of this interface.
@@ -44,6 +61,14 @@ public:
 
     // One file that check read: its log lines, then its findings or why it cannot be used.
     virtual void checked(const std::string& file, const Kind& kind, const Outcome& outcome) = 0;
+
+    // A path that check found and could not check: it has no kind, or it is nothing that can
+    // be read (a symbolic-link loop, a FIFO, a folder that cannot be read).
+    virtual void unchecked(const std::string& file, const Problem& problem);
+
+    // The totals of a check that went through a repository: machine formats keep them as data,
+    // and when `line`, every format writes them as one line on standard error.
+    virtual void summary(const CheckSummary& summary, bool line);
 
     // The result of a command that is not a check: the JSON form, and the text form as
     // whole lines.

@@ -175,6 +175,19 @@ public:
         }
     }
 
+    void unchecked(const std::string& file, const Problem& problem) override {
+        Printer::unchecked(file, problem);
+        checkedAny_ = true;
+        Json::Value result = resultJson(findingRules(), problem.message);
+        result["locations"].append(locationJson(file, problem.line, problem.column, "", false));
+        results_.append(result);
+    }
+
+    void summary(const CheckSummary& summary, bool line) override {
+        Printer::summary(summary, line);
+        summary_ = summaryJson(summary);
+    }
+
     void result(const Json::Value& json, const std::string& text) override {
         other_->result(json, text);
         hasOther_ = true;
@@ -212,6 +225,9 @@ public:
         if (!omitted_.empty()) {
             run["properties"]["omittedResults"] = omitted_;
         }
+        if (!summary_.isNull()) {
+            run["properties"]["summary"] = summary_;
+        }
         Json::Value invocation(Json::objectValue);
         invocation["executionSuccessful"] = notifications_.empty();
         invocation["exitCode"] = exit;
@@ -231,6 +247,7 @@ private:
     Json::Value results_{Json::arrayValue};
     Json::Value omitted_{Json::arrayValue};
     Json::Value notifications_{Json::arrayValue};
+    Json::Value summary_;
 };
 
 }  // namespace

@@ -18,6 +18,7 @@
 
 #include "Catalogues.h"
 #include "Check.h"
+#include "CheckCommand.h"
 #include "ExplainCommands.h"
 #include "FindingKinds.h"
 #include "Input.h"
@@ -42,6 +43,7 @@ struct Arguments {
     std::string kind;
     KindAndFiles explained;  // explain and diff
     std::vector<std::string> files;
+    CheckOptions check;
     std::string input;
     std::string output;
     bool hasOutput = false;
@@ -80,20 +82,18 @@ int runKinds(const Arguments&, Printer& printer) {
     return 0;
 }
 
+// check's words are KIND and FILE as CLI11 fills them; the first is a kind only when it names one.
+std::vector<std::string> checkWords(const Arguments& args) {
+    std::vector<std::string> words;
+    if (!args.kind.empty()) {
+        words.push_back(args.kind);
+    }
+    words.insert(words.end(), args.files.begin(), args.files.end());
+    return words;
+}
+
 int runCheck(const Arguments& args, Printer& printer) {
-    const Kind* kind = kindOrComplain(args.kind, printer);
-    if (kind == nullptr) {
-        return kUnusable;
-    }
-    int worst = 0;
-    for (const std::string& file : args.files) {
-        worst = std::max(worst, withinMemory(printer, file, [&] {
-                             const Outcome outcome = checkInput(*kind, file, true);
-                             printer.checked(file, *kind, outcome);
-                             return exitCodeOf(outcome.status);
-                         }));
-    }
-    return worst;
+    return runCheckCommand(checkWords(args), args.check, printer);
 }
 
 // Reads the input and writes what the library understood, to OUT or standard output.
@@ -197,16 +197,16 @@ struct CommandLine {
 };
 
 // --format picks how results are written; --json is short for --format json.
-void addFormatOptions(CLI::App* command, Arguments& args) {
+void addFormatOptions(CLI::App* command, Arguments& args, bool forCheck) {
     std::string names;
-    for (const std::string& name : formatNames()) {
+    for (const std::string& name : formatNames(forCheck)) {
         names += (names.empty() ? "" : "|") + name;
     }
     command
         ->add_option_function<std::string>(
             "--format",
-            [&args](const std::string& name) {
-                if (!formatNamed(name, args.format)) {
+            [&args, forCheck](const std::string& name) {
+                if (!formatNamed(name, args.format, forCheck)) {
                     throw CLI::ValidationError("--format", "unknown format '" + name + "'");
                 }
             },
@@ -230,10 +230,41 @@ std::string findingKindsFooter() {
 
 CLI::App* addCommand(CommandLine& line, const char* name, const char* description, Command run) {
     CLI::App* command = line.app.add_subcommand(name, description);
-    addFormatOptions(command, line.args);
+    addFormatOptions(command, line.args, run == &runCheck);
     command->fallthrough();
     line.commands.emplace_back(command, run);
     return command;
+}
+
+void addCheckOptions(CLI::App* check, Arguments& args) {
+    check->add_option("KIND", args.kind,
+                      "Document kind of every FILE (see zelct kinds); without it, each file's "
+                      "kind comes from its \"$schema\" or the nearest .zelct.json");
+    check->add_option("FILE", args.files,
+                      "JSON documents to check, or folders to check the *.json files of (- for "
+                      "standard input)");
+    check->callback([&args] {
+        if (splitCheckWords(checkWords(args)).paths.empty()) {
+            throw CLI::RequiredError("FILE");
+        }
+    });
+    CheckOptions& options = args.check;
+    check->add_option("--kind", options.kind, "Document kind of every file, folders walked")
+        ->type_name("KIND");
+    check->add_flag("--list-files", options.listFiles,
+                    "Print each file, its kind and what chose it; check nothing");
+    check
+        ->add_option("--exclude", options.excludes,
+                     "Leave out of folders what matches GLOB (a name, or a path with /; "
+                     "repeatable)")
+        ->type_name("GLOB")
+        ->allow_extra_args(false);
+    check->add_option("-j,--jobs", options.jobs, "Files checked at once (default: one a core)")
+        ->type_name("N")
+        ->check(atLeastOne());
+    check->add_flag("--no-time", options.noTime, "Leave the time out of the summary");
+    check->add_flag("--skip-unmapped", options.skipUnmapped,
+                    "Leave out files that no rule gives a kind (a hook given every JSON file)");
 }
 
 void defineCommands(CommandLine& line) {
@@ -245,15 +276,13 @@ void defineCommands(CommandLine& line) {
 
     addCommand(line, "kinds", "List the document kinds, one a line", &runKinds);
 
-    CLI::App* check = addCommand(
-        line, "check",
-        "Read each FILE as KIND and report, one finding a line, what the library drops, "
-        "changes or adds. Exit 0: understood exactly; 1: findings; 2: a file cannot be used",
-        &runCheck);
+    CLI::App* check = addCommand(line, "check",
+                                 "Read each FILE as KIND and report, one finding a line, what the "
+                                 "library drops, changes or adds. Exit 0: understood exactly; 1: "
+                                 "findings; 2: a file cannot be used",
+                                 &runCheck);
     check->footer(findingKindsFooter());
-    check->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
-    check->add_option("FILE", args.files, "JSON documents to check (- for standard input)")
-        ->required();
+    addCheckOptions(check, args);
 
     addKindAndFiles(addCommand(line, "explain", kExplainHelp, &runExplain), args.explained,
                     {"FILE"});
@@ -347,9 +376,9 @@ Format requestedFormat(int argc, char** argv) {
         if (word == "--json") {
             format = Format::Json;
         } else if (word == "--format" && i + 1 < argc) {
-            formatNamed(argv[i + 1], format);
+            formatNamed(argv[i + 1], format, true);
         } else if (word.compare(0, 9, "--format=") == 0) {
-            formatNamed(word.substr(9), format);
+            formatNamed(word.substr(9), format, true);
         }
     }
     return format;
