@@ -19,6 +19,79 @@ namespace zelct {
 // output keeps the results held in memory bounded. `work` must not throw; `done` may, and
 // the workers are stopped and joined before it goes through.
 template <typename Result>
+class InOrderRun {
+public:
+    InOrderRun(size_t count, unsigned jobs, const std::function<Result(size_t)>& work)
+        : count_(count), window_(static_cast<size_t>(jobs) * 4), slots_(window_), work_(work) {
+        for (unsigned i = 0; i < std::min<size_t>(jobs, count); ++i) {
+            threads_.emplace_back([this] { runWorker(); });
+        }
+    }
+    ~InOrderRun() { joinAll(); }
+    InOrderRun(const InOrderRun&) = delete;
+    InOrderRun& operator=(const InOrderRun&) = delete;
+
+    // Each result in turn, as soon as it is there; the slot it leaves is free for a worker.
+    void handOver(const std::function<void(size_t, Result&)>& done) {
+        for (size_t i = 0; i < count_; ++i) {
+            std::unique_lock<std::mutex> lock(mutex_);
+            std::optional<Result>& slot = slots_[i % window_];
+            changed_.wait(lock, [&] { return slot.has_value(); });
+            Result result = std::move(*slot);
+            slot.reset();
+            lock.unlock();
+            done(i, result);
+            lock.lock();
+            printed_ = i + 1;
+            changed_.notify_all();
+        }
+    }
+
+private:
+    // Workers stay within the window ahead of what was handed over, so that a result always
+    // finds its slot of the ring free.
+    void runWorker() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        while (true) {
+            changed_.wait(lock,
+                          [&] { return stop_ || next_ >= count_ || next_ < printed_ + window_; });
+            if (stop_ || next_ >= count_) {
+                return;
+            }
+            const size_t item = next_++;
+            lock.unlock();
+            Result result = work_(item);
+            lock.lock();
+            slots_[item % window_].emplace(std::move(result));
+            changed_.notify_all();
+        }
+    }
+
+    void joinAll() {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            stop_ = true;
+        }
+        changed_.notify_all();
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+        threads_.clear();
+    }
+
+    const size_t count_;
+    const size_t window_;
+    std::vector<std::optional<Result>> slots_;  // a ring: item i in slot i % window
+    const std::function<Result(size_t)>& work_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    size_t next_ = 0;     // the next item a worker takes
+    size_t printed_ = 0;  // the items handed over
+    bool stop_ = false;
+    std::vector<std::thread> threads_;
+};
+
+template <typename Result>
 void runInOrder(size_t count, unsigned jobs, const std::function<Result(size_t)>& work,
                 const std::function<void(size_t, Result&)>& done) {
     if (jobs <= 1 || count <= 1) {
@@ -28,59 +101,9 @@ void runInOrder(size_t count, unsigned jobs, const std::function<Result(size_t)>
         }
         return;
     }
-    const size_t window = static_cast<size_t>(jobs) * 4;
-    std::vector<std::optional<Result>> slots(count);
-    std::mutex mutex;
-    std::condition_variable changed;
-    size_t next = 0;     // the next item a worker takes
-    size_t printed = 0;  // the items handed to `done`
-    bool stop = false;
-    const auto worker = [&] {
-        std::unique_lock<std::mutex> lock(mutex);
-        while (true) {
-            changed.wait(lock, [&] { return stop || next >= count || next < printed + window; });
-            if (stop || next >= count) {
-                return;
-            }
-            const size_t item = next++;
-            lock.unlock();
-            Result result = work(item);
-            lock.lock();
-            slots[item].emplace(std::move(result));
-            changed.notify_all();
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < std::min<size_t>(jobs, count); ++i) {
-        threads.emplace_back(worker);
-    }
-    const auto joinAll = [&] {
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            stop = true;
-        }
-        changed.notify_all();
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-    };
-    try {
-        for (size_t i = 0; i < count; ++i) {
-            std::unique_lock<std::mutex> lock(mutex);
-            changed.wait(lock, [&] { return slots[i].has_value(); });
-            Result result = std::move(*slots[i]);
-            slots[i].reset();
-            lock.unlock();
-            done(i, result);
-            lock.lock();
-            printed = i + 1;
-            changed.notify_all();
-        }
-    } catch (...) {
-        joinAll();
-        throw;
-    }
-    joinAll();
+    // The destructor stops and joins the workers, also when `done` throws.
+    InOrderRun<Result> run(count, jobs, work);
+    run.handOver(done);
 }
 
 }  // namespace zelct
