@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Check.h"
 #include "JsonText.h"
 
 namespace zelct {
@@ -12,18 +13,10 @@ namespace zelct {
 // Something in a file that jsoncpp's default reader, which the device uses, accepts and reads
 // differently from what the text says, or not at all.
 struct ReadingTrap {
-    enum class Type {
-        DuplicateMember,  // a member name given again later in the same object
-        TrailingText,     // text after the document
-        Comment,          // a // or /* */ comment
-        TrailingComma,    // a comma before } or ]
-        AfterNul,         // a NUL byte, and the bytes after it
-        NotUtf8,          // a string (a value or a member name) that is not valid UTF-8
-        ControlInString,  // a control character (below U+0020) standing unescaped in a string
-        ByteOrderMark,    // a UTF-8 byte-order mark before the document
-        NumberText,       // a number written otherwise than JSON allows, which the reader takes
-        NulInString,      // an escaped NUL (\u0000) inside a string or a member name
-    };
+    // The finding it is reported as: one of the kinds of the text (duplicate member, trailing
+    // text, comment, trailing comma, after NUL, not UTF-8, control in string, byte-order mark,
+    // number text, NUL in string).
+    using Type = Finding::Type;
     Type type = Type::Comment;
     size_t offset = 0;  // where it starts in the file
     JsonPath path;      // the member, the string, or the container the text stands in

@@ -22,35 +22,8 @@ std::string writtenBack(const Json::Value& text) {
     return written;
 }
 
-// The finding each reading trap is reported as.
-struct TrapFinding {
-    ReadingTrap::Type trap;
-    Finding::Type finding;
-};
-
-// clang-format off
-constexpr TrapFinding kTrapFindings[] = {
-    {ReadingTrap::Type::DuplicateMember, Finding::Type::DuplicateMember},
-    {ReadingTrap::Type::TrailingText,    Finding::Type::TrailingText},
-    {ReadingTrap::Type::Comment,         Finding::Type::Comment},
-    {ReadingTrap::Type::TrailingComma,   Finding::Type::TrailingComma},
-    {ReadingTrap::Type::AfterNul,        Finding::Type::AfterNul},
-    {ReadingTrap::Type::NotUtf8,         Finding::Type::NotUtf8},
-    {ReadingTrap::Type::ControlInString, Finding::Type::ControlInString},
-    {ReadingTrap::Type::ByteOrderMark,   Finding::Type::ByteOrderMark},
-    {ReadingTrap::Type::NumberText,      Finding::Type::NumberText},
-    {ReadingTrap::Type::NulInString,     Finding::Type::NulInString},
-};
-// clang-format on
-
-Finding::Type findingTypeOf(ReadingTrap::Type type) {
-    const auto row = std::find_if(std::begin(kTrapFindings), std::end(kTrapFindings),
-                                  [type](const TrapFinding& r) { return r.trap == type; });
-    return row != std::end(kTrapFindings) ? row->finding : Finding::Type::Comment;
-}
-
 Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
-    Finding finding{findingTypeOf(trap.type), trap.path, Json::Value(), Json::Value()};
+    Finding finding{trap.type, trap.path, Json::Value(), Json::Value()};
     switch (trap.type) {
         case ReadingTrap::Type::DuplicateMember:
             finding.original = parsedSlice(source.bytes, trap.valueStart, trap.valueEnd);
@@ -73,10 +46,8 @@ Finding findingOfTrap(const ReadingTrap& trap, const SourceText& source) {
             finding.understood = std::string(finding.original.asCString());
             break;
         }
-        case ReadingTrap::Type::TrailingText:
-        case ReadingTrap::Type::Comment:
-        case ReadingTrap::Type::TrailingComma:
-        case ReadingTrap::Type::ByteOrderMark:
+        default:
+            // The others carry their place only; the scan finds no finding of the reading.
             break;
     }
     const Position position = source.lines.at(trap.offset);

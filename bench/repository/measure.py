@@ -19,12 +19,13 @@ RUNS = 3
 
 
 def timed(command):
-    """Seconds of wall-clock time and peak resident kilobytes of one run."""
+    """Seconds of wall-clock time and peak resident kilobytes of one run. Each checker says
+    that some file fails in its own way: zelct and ajv with exit code 1, jsonschema with 2."""
     start = time.perf_counter()
     result = subprocess.run(["/usr/bin/time", "-f", "%M"] + command, stdout=subprocess.DEVNULL,
                             stderr=subprocess.PIPE, text=True)
     seconds = time.perf_counter() - start
-    if result.returncode not in (0, 1):
+    if result.returncode not in (0, 1, 2) or "Command terminated by signal" in result.stderr:
         sys.exit(f"{command[0]} failed ({result.returncode}): {result.stderr[-2000:]}")
     return seconds, int(result.stderr.strip().splitlines()[-1])
 
@@ -55,7 +56,8 @@ def main(zelct, schemas, validators, repository, small):
     rows.append(("zelct check -j 1", j1, j1_peak))
     j2, j2_peak = best([[zelct, "check", "-j", "2", "--no-time", repository]])
     rows.append(("zelct check -j 2", j2, j2_peak))
-    sourcemeta = [[os.path.join(validators, "jsonschema"), "validate", "--fast", schema[kind]]
+    sourcemeta = [[os.path.join(validators, "jsonschema"), "validate", "--fast", "--continue",
+                   schema[kind]]
                   + files_of(repository, kind) for kind in KINDS]
     rows.append(("jsonschema validate --fast (@sourcemeta/jsonschema 16.11.0)",) + best(sourcemeta))
     ajv = [[os.path.join(validators, "ajv"), "validate", "--spec=draft2020", "--strict=false",

@@ -22,7 +22,7 @@ template <typename Result>
 class InOrderRun {
 public:
     InOrderRun(size_t count, unsigned jobs, const std::function<Result(size_t)>& work)
-        : count_(count), window_(static_cast<size_t>(jobs) * 4), slots_(window_), work_(work) {
+        : count_(count), window_(static_cast<size_t>(jobs) * 16), slots_(window_), work_(work) {
         for (unsigned i = 0; i < std::min<size_t>(jobs, count); ++i) {
             threads_.emplace_back([this] { runWorker(); });
         }
@@ -32,18 +32,28 @@ public:
     InOrderRun& operator=(const InOrderRun&) = delete;
 
     // Each result in turn, as soon as it is there; the slot it leaves is free for a worker.
+    // Waking a thread costs as much as checking a small file, so each side is woken only when
+    // it waits for what the other just did.
     void handOver(const std::function<void(size_t, Result&)>& done) {
         for (size_t i = 0; i < count_; ++i) {
             std::unique_lock<std::mutex> lock(mutex_);
             std::optional<Result>& slot = slots_[i % window_];
-            changed_.wait(lock, [&] { return slot.has_value(); });
+            if (!slot.has_value()) {
+                // Woken once for half a window of results rather than once for each.
+                awaitedFrom_ = i;
+                awaitedTo_ = std::min(i + window_ / 2, count_) - 1;
+                resultReady_.wait(lock, [&] { return readyThrough(awaitedTo_); });
+                awaitedFrom_ = kNone;
+            }
             Result result = std::move(*slot);
             slot.reset();
-            lock.unlock();
-            done(i, result);
-            lock.lock();
             printed_ = i + 1;
-            changed_.notify_all();
+            const bool wake = blockedWorkers_ > 0;
+            lock.unlock();
+            if (wake) {
+                roomFree_.notify_all();
+            }
+            done(i, result);
         }
     }
 
@@ -53,8 +63,10 @@ private:
     void runWorker() {
         std::unique_lock<std::mutex> lock(mutex_);
         while (true) {
-            changed_.wait(lock,
-                          [&] { return stop_ || next_ >= count_ || next_ < printed_ + window_; });
+            ++blockedWorkers_;
+            roomFree_.wait(lock,
+                           [&] { return stop_ || next_ >= count_ || next_ < printed_ + window_; });
+            --blockedWorkers_;
             if (stop_ || next_ >= count_) {
                 return;
             }
@@ -63,8 +75,20 @@ private:
             Result result = work_(item);
             lock.lock();
             slots_[item % window_].emplace(std::move(result));
-            changed_.notify_all();
+            if (awaitedFrom_ != kNone && readyThrough(awaitedTo_)) {
+                resultReady_.notify_one();
+            }
         }
+    }
+
+    // Whether the results from the awaited one through `last` are all there; the lock held.
+    bool readyThrough(size_t last) const {
+        for (size_t item = awaitedFrom_; item <= last; ++item) {
+            if (!slots_[item % window_].has_value()) {
+                return false;
+            }
+        }
+        return true;
     }
 
     void joinAll() {
@@ -72,7 +96,7 @@ private:
             const std::lock_guard<std::mutex> lock(mutex_);
             stop_ = true;
         }
-        changed_.notify_all();
+        roomFree_.notify_all();
         for (std::thread& thread : threads_) {
             thread.join();
         }
@@ -84,9 +108,14 @@ private:
     std::vector<std::optional<Result>> slots_;  // a ring: item i in slot i % window
     const std::function<Result(size_t)>& work_;
     std::mutex mutex_;
-    std::condition_variable changed_;
-    size_t next_ = 0;     // the next item a worker takes
-    size_t printed_ = 0;  // the items handed over
+    std::condition_variable resultReady_;  // the awaited result is there
+    std::condition_variable roomFree_;     // the window moved on
+    static constexpr size_t kNone = static_cast<size_t>(-1);
+    size_t awaitedFrom_ = kNone;  // the results handOver waits for, from this one
+    size_t awaitedTo_ = 0;        // through this one
+    size_t blockedWorkers_ = 0;   // workers waiting for room
+    size_t next_ = 0;             // the next item a worker takes
+    size_t printed_ = 0;          // the items handed over
     bool stop_ = false;
     std::vector<std::thread> threads_;
 };
