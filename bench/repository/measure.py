@@ -15,7 +15,7 @@ import sys
 import time
 
 KINDS = ["system-info", "channel-tables", "channel-list", "session-streams", "alarms"]
-RUNS = 3
+RUNS = 5
 
 
 def timed(command):
