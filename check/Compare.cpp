@@ -24,22 +24,6 @@ Json::Value understoodAsShaped(const Json::Value& understood, const Json::Value&
     return understood;
 }
 
-// How alike two elements are: the number of members they share with equal values.
-size_t likeness(const Json::Value& a, const Json::Value& b) {
-    if (!a.isObject() || !b.isObject()) {
-        return 0;
-    }
-    size_t shared = 0;
-    for (auto it = a.begin(); it != a.end(); ++it) {
-        const std::string name = it.name();
-        const Json::Value* other = b.find(name.data(), name.data() + name.size());
-        if (other != nullptr && sameValue(*it, *other)) {
-            ++shared;
-        }
-    }
-    return shared;
-}
-
 // Whether two objects differ in one member at most.
 bool nearlyEqual(const Json::Value& a, const Json::Value& b) {
     if (!a.isObject() || !b.isObject()) {

@@ -305,4 +305,19 @@ Json::Value removedAt(const Json::Value& document, const JsonPath& path) {
     return copy;
 }
 
+size_t likeness(const Json::Value& a, const Json::Value& b) {
+    if (!a.isObject() || !b.isObject()) {
+        return 0;
+    }
+    size_t shared = 0;
+    for (auto it = a.begin(); it != a.end(); ++it) {
+        const std::string name = it.name();
+        const Json::Value* other = b.find(name.data(), name.data() + name.size());
+        if (other != nullptr && sameValue(*it, *other)) {
+            ++shared;
+        }
+    }
+    return shared;
+}
+
 }  // namespace zelct

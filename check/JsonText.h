@@ -19,6 +19,10 @@ std::string indentedJson(const Json::Value& value);
 // and an unsigned 5 are the same number); everything else compares as jsoncpp does.
 bool sameValue(const Json::Value& a, const Json::Value& b);
 
+// How alike two elements of a list are: the number of members they share with equal values
+// (0 unless both are objects); pairing elements by it survives a reordered list.
+size_t likeness(const Json::Value& a, const Json::Value& b);
+
 // "an object", "an array", "a string", "a number", "a boolean" or "null".
 const char* jsonTypeText(const Json::Value& value);
 

@@ -54,6 +54,11 @@ private:
     bool isRead(const Json::Value& value, const JsonPath& path);
     bool changesReading(const Json::Value& document);
     bool keeps(const JsonPath& path, const Json::Value& value);
+    // The candidate becomes the number kept furthest out so far, or the first one refused.
+    template <typename Number>
+    void sortCandidate(const JsonPath& path, Number candidate, Number& kept, Number& refused) {
+        (keeps(path, Json::Value(candidate)) ? kept : refused) = candidate;
+    }
     static bool contains(const Json::Value& array, const std::string& text);
 
     const Kind& kind_;

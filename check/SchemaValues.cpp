@@ -235,11 +235,7 @@ void SchemaBuilder::highest(Json::Value& schema, const Json::Value& value, const
             bits == 64 ? std::numeric_limits<Json::UInt64>::max() : (Json::UInt64(1) << bits) - 1;
         for (Json::UInt64 candidate : {top, top + 1}) {
             if (refused == 0 && candidate > kept && candidate != 0) {
-                if (keeps(path, Json::Value(candidate))) {
-                    kept = candidate;
-                } else {
-                    refused = candidate;
-                }
+                sortCandidate(path, candidate, kept, refused);
             }
         }
     }
@@ -265,11 +261,7 @@ void SchemaBuilder::lowest(Json::Value& schema, const Json::Value& value, const 
         const Json::Int64 bottom = -(Json::Int64(1) << (bits - 1)) * 2;
         for (Json::Int64 candidate : {Json::Int64(-1), bottom, bottom - (bits < 63 ? 1 : 0)}) {
             if (refused == 0 && candidate < kept) {
-                if (keeps(path, Json::Value(candidate))) {
-                    kept = candidate;
-                } else {
-                    refused = candidate;
-                }
+                sortCandidate(path, candidate, kept, refused);
             }
         }
     }

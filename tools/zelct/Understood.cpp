@@ -50,20 +50,6 @@ void loadAndCheck(const Kind& kind, const std::string& path, bool withFindings,
     }
 }
 
-// How alike two elements are: the members they share with equal values.
-size_t likeness(const Json::Value& a, const Json::Value& b) {
-    if (!a.isObject() || !b.isObject()) {
-        return 0;
-    }
-    size_t shared = 0;
-    for (auto it = a.begin(); it != a.end(); ++it) {
-        const std::string name = it.name();
-        const Json::Value* other = b.find(name.data(), name.data() + name.size());
-        shared += other != nullptr && sameValue(*it, *other) ? 1 : 0;
-    }
-    return shared;
-}
-
 class Pairing {
 public:
     Pairing(const Json::Value& given, const Json::Value& written)
