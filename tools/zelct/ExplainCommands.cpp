@@ -1,9 +1,11 @@
 #include "ExplainCommands.h"
 
 #include <cstddef>
+#include <filesystem>
 
 #include "Diff.h"
 #include "Explain.h"
+#include "FileKinds.h"
 #include "Input.h"
 
 namespace zelct {
@@ -32,10 +34,43 @@ const char* fileHelp(const std::string& name) {
     return "JSON document to explain (- for standard input)";
 }
 
+// Without a kind on the command line, the files give it as check's files do. A first word
+// that names a kind and no file is a kind given without its files.
+bool kindFromFiles(const KindAndFiles& args, size_t count) {
+    if (args.kindOption || args.words.size() != count) {
+        return false;
+    }
+    std::error_code error;
+    return findKind(args.words[0]) == nullptr || std::filesystem::exists(args.words[0], error);
+}
+
+// The kind of the last file that is not standard input (NEW for diff), by its "$schema" or the
+// nearest project mapping; nullptr once the printer was told that none gives one.
+const Kind* kindOfFiles(const std::vector<std::string>& files, Printer& printer) {
+    std::string path = files.back();
+    if (path == kStandardInput) {
+        path = files.front();
+    }
+    KindChooser chooser(nullptr, KindChoice::Rule::None);
+    const KindChoice choice = chooser.choose(path);
+    if (choice.kind == nullptr) {
+        printer.problem({path, 0, 0,
+                         path == kStandardInput
+                             ? "standard input: no kind: give one as KIND or --kind"
+                             : noKindText(choice),
+                         kUnusable});
+    }
+    return choice.kind;
+}
+
 // The kind, and `files` filled with the `count` words after it; nullptr once the printer was
 // told what is wrong. `names` is what the files are called in the usage: "FILE", "OLD NEW".
 const Kind* kindAndFiles(const KindAndFiles& args, size_t count, const std::string& names,
                          KindLookup lookup, std::vector<std::string>& files, Printer& printer) {
+    if (kindFromFiles(args, count)) {
+        files = args.words;
+        return kindOfFiles(files, printer);
+    }
     if (args.words.size() != count + (args.kindOption ? 0 : 1)) {
         printer.problem({"", 0, 0,
                          "expected KIND " + names + ", or --kind KIND and " + names +
@@ -52,7 +87,9 @@ const Kind* kindAndFiles(const KindAndFiles& args, size_t count, const std::stri
 void addKindAndFiles(CLI::App* command, KindAndFiles& args, const std::vector<const char*>& files) {
     const auto word = [&args](const std::string& text) { args.words.push_back(text); };
     command->add_option("KIND")
-        ->description("Document kind (see zelct kinds), unless --kind gives it")
+        ->description(
+            "Document kind (see zelct kinds), unless --kind gives it; without either, "
+            "the kind comes from the file's \"$schema\" or the nearest .zelct.json")
         ->each(word);
     for (const char* file : files) {
         command->add_option(file)->description(fileHelp(file))->each(word);
