@@ -267,6 +267,41 @@ void addCheckOptions(CLI::App* check, Arguments& args) {
                     "Leave out files that no rule gives a kind (a hook given every JSON file)");
 }
 
+// The commands that show the library's catalogues rather than a document.
+void defineCatalogueCommands(CommandLine& line) {
+    Arguments& args = line.args;
+    CLI::App* video = addCommand(
+        line, "video",
+        "Print every figure the library derives for the 29 video formats; with FORMAT (text "
+        "such as 1080P59, or number), that format's figures or the library's error",
+        &runVideo);
+    video->add_option("FORMAT", args.videoFormat, "Video format text or number")
+        ->check(namesSomething());
+
+    CLI::App* ptime = addCommand(
+        line, "ptime",
+        "Packet times of audio streams: with --freq and --spp, the nominal packet time, its "
+        "allowed range and the link offsets; with --freq and --ptime-us, the samples per packet "
+        "a measured packet time converts to; without options, every frequency and its allowed "
+        "samples per packet",
+        &runPtime);
+    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz")
+                    ->check(atLeastOne());
+    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet")
+                   ->check(atLeastOne());
+    line.ptimeUs =
+        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds")
+            ->check(atLeastOne());
+
+    CLI::App* alarms = addCommand(
+        line, "alarms",
+        "Print the alarm catalogue (type, enumerator, severity, description); with FILE, what "
+        "check alarms finds in it and the set of raised alarms the library reads from it",
+        &runAlarms);
+    alarms->add_option("FILE", args.file,
+                       "An alarm set document (kind alarms; - for standard input)");
+}
+
 void defineCommands(CommandLine& line) {
     Arguments& args = line.args;
     line.app.set_version_flag("--version", std::string("zelct ") + ZELCT_VERSION);
@@ -314,36 +349,7 @@ void defineCommands(CommandLine& line) {
         &runSchema);
     schema->add_option("KIND", args.kind, "Document kind (see zelct kinds)")->required();
 
-    CLI::App* video = addCommand(
-        line, "video",
-        "Print every figure the library derives for the 29 video formats; with FORMAT (text "
-        "such as 1080P59, or number), that format's figures or the library's error",
-        &runVideo);
-    video->add_option("FORMAT", args.videoFormat, "Video format text or number")
-        ->check(namesSomething());
-
-    CLI::App* ptime = addCommand(
-        line, "ptime",
-        "Packet times of audio streams: with --freq and --spp, the nominal packet time, its "
-        "allowed range and the link offsets; with --freq and --ptime-us, the samples per packet "
-        "a measured packet time converts to; without options, every frequency and its allowed "
-        "samples per packet",
-        &runPtime);
-    line.freq = ptime->add_option("--freq", args.ptime.freq, "Sampling frequency in Hz")
-                    ->check(atLeastOne());
-    line.spp = ptime->add_option("--spp", args.ptime.samplesPerPacket, "Samples per packet")
-                   ->check(atLeastOne());
-    line.ptimeUs =
-        ptime->add_option("--ptime-us", args.ptime.ptimeUs, "Measured packet time in microseconds")
-            ->check(atLeastOne());
-
-    CLI::App* alarms = addCommand(
-        line, "alarms",
-        "Print the alarm catalogue (type, enumerator, severity, description); with FILE, what "
-        "check alarms finds in it and the set of raised alarms the library reads from it",
-        &runAlarms);
-    alarms->add_option("FILE", args.file,
-                       "An alarm set document (kind alarms; - for standard input)");
+    defineCatalogueCommands(line);
 }
 
 std::vector<std::string> commandNames(const CommandLine& line) {
