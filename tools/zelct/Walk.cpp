@@ -68,12 +68,19 @@ private:
             problem(folder, std::string("cannot read the folder: ") + std::strerror(errno));
             return names;
         }
+        // readdir says it ended and that it failed alike, by nullptr: errno tells them apart.
+        errno = 0;
         while (const dirent* entry = ::readdir(dir)) {
             if (entry->d_name[0] != '.') {  // ".", "..", and every hidden name
                 names.emplace_back(entry->d_name);
             }
+            errno = 0;
         }
+        const int error = errno;
         ::closedir(dir);
+        if (error != 0) {
+            problem(folder, std::string("cannot read the folder: ") + std::strerror(error));
+        }
         std::sort(names.begin(), names.end());
         return names;
     }
